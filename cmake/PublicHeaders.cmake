@@ -1,0 +1,19 @@
+# The headers that hosts include. The install rules and the include check share this list.
+set(SEAMREVISION_PUBLIC_HEADERS
+    records/areainfobase.h
+    records/coefszoneinfo.h
+    records/des.h
+    records/errinfo.h
+    records/funcrunningstate.h
+    records/ledzoneinfo.h
+    records/localconfig.h
+    records/multilayercoefzoneinfo.h
+    records/multilayerconfig.h
+    records/nqrect.h
+    records/nqsize.h
+    records/reviseresult.h
+    records/revisetypes.h
+    records/screendatabasemanager.h
+    records/zonebaseinfo.h
+    partitionmerge/partitionmerge.h
+    multilayer/multilayerpartitionmerge.h)

@@ -1,0 +1,7 @@
+#include "records/multilayerconfig.h"
+
+MultiLayerConfig *MultiLayerConfig::instance()
+{
+    static MultiLayerConfig config;
+    return &config;
+}

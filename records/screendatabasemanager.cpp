@@ -1,0 +1,3 @@
+#include "records/screendatabasemanager.h"
+
+ScreenDataBaseManager::~ScreenDataBaseManager() = default;
