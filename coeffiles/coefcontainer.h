@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QString>
+
+#include <vector>
+
+/// The container of every coefficient file: DES-CBC over the whole plaintext, nothing around it.
+/// Part of the file format: key and initialisation vector are both the eight letters "qalvetor".
+///
+/// Running out of memory passes through as an exception.
+namespace seamrevision
+{
+
+/// Makes a directory with all its parents unless it exists. A relative one is resolved against
+/// itself, so it is also created once more beneath itself.
+bool ensureDirectory(const QString &directory);
+
+/// Encrypts and writes one file, replacing what was there. False if it cannot be opened; how much
+/// of it reached the disk is not checked.
+bool writeEncrypted(const QString &path, const std::vector<unsigned char> &plaintext);
+
+/// Reads and decrypts one file. False if it cannot be opened; a file that does not decrypt gives
+/// an empty plaintext.
+bool readDecrypted(const QString &path, std::vector<unsigned char> &plaintext);
+
+} // namespace seamrevision

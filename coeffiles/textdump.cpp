@@ -1,0 +1,131 @@
+#include "coeffiles/textdump.h"
+
+#include "records/funcrunningstate.h"
+#include "records/localconfig.h"
+
+#include <QFile>
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
+
+namespace
+{
+
+/// Formats values into a large block and hands full blocks to the file.
+class DumpWriter
+{
+public:
+    DumpWriter(QFile &file, const QString &separator)
+        : m_file(file)
+        , m_separator(separator.toLocal8Bit())
+        , m_block(blockBytes + longestValue + static_cast<std::size_t>(m_separator.size()))
+    {
+    }
+    ~DumpWriter() { flush(); }
+    DumpWriter(const DumpWriter &) = delete;
+    DumpWriter &operator=(const DumpWriter &) = delete;
+
+    void headerLine(const QString &header)
+    {
+        m_file.write(header.toLocal8Bit());
+        endLine();
+    }
+
+    template <typename Value>
+    void line(const Value *values, std::size_t valueCount)
+    {
+        std::for_each(values, values + valueCount, [this](Value value) { append(value); });
+        endLine();
+    }
+
+private:
+    static constexpr std::size_t blockBytes = 256 * 1024;
+    /// A sign and ten digits, or the end of a line.
+    static constexpr std::size_t longestValue = std::numeric_limits<int>::digits10 + 2;
+
+    void append(int value)
+    {
+        char *const end = m_block.data() + m_block.size();
+        m_used = static_cast<std::size_t>(
+            std::to_chars(m_block.data() + m_used, end, value).ptr - m_block.data());
+        appendBytes(m_separator.constData(), static_cast<std::size_t>(m_separator.size()));
+    }
+
+    void endLine() { appendBytes("\r\n", 2); }
+
+    void appendBytes(const char *bytes, std::size_t count)
+    {
+        std::copy_n(bytes, count, m_block.data() + m_used);
+        m_used += count;
+        if (m_used >= blockBytes)
+            flush();
+    }
+
+    void flush()
+    {
+        m_file.write(m_block.data(), static_cast<qint64>(m_used));
+        m_used = 0;
+    }
+
+    QFile &m_file;
+    const QByteArray m_separator;
+    std::vector<char> m_block;
+    std::size_t m_used = 0;
+};
+
+/// Opens a dump, writes its header and lets the caller write the lines.
+template <typename WriteLines>
+QString writeDump(const QString &fileName, const QString &separator, const QString &header,
+                  WriteLines writeLines)
+{
+    if (!LocalConfig::getInstance().isExportData())
+        return QString();
+    const FuncRunningState running(QStringLiteral("outData"));
+    const QString path
+        = LocalConfig::getInstance().exportDataDir() + QLatin1Char('/') + fileName;
+    QFile file(path);
+    if (file.open(QIODevice::WriteOnly)) {
+        DumpWriter writer(file, separator);
+        writer.headerLine(header);
+        writeLines(writer);
+    }
+    return path;
+}
+
+template <typename Value>
+void writeLines(DumpWriter &writer, const std::vector<Value> &data, int valuesPerLine)
+{
+    if (valuesPerLine < 1)
+        return;
+    const auto lineLength = static_cast<std::size_t>(valuesPerLine);
+    for (std::size_t first = 0; first < data.size(); first += lineLength)
+        writer.line(data.data() + first, std::min(lineLength, data.size() - first));
+}
+
+} // namespace
+
+QString outData(const std::vector<unsigned short> &data, const QString &fileName,
+                const QString &separator, int valuesPerLine, QString header)
+{
+    return writeDump(fileName, separator, header, [&](DumpWriter &writer) {
+        writeLines(writer, data, valuesPerLine);
+    });
+}
+
+QString outData(const std::vector<unsigned char> &data, const QString &fileName,
+                const QString &separator, int valuesPerLine, QString header)
+{
+    return writeDump(fileName, separator, header, [&](DumpWriter &writer) {
+        writeLines(writer, data, valuesPerLine);
+    });
+}
+
+QString outData(const std::vector<std::vector<int>> &data, const QString &fileName,
+                const QString &separator, QString header)
+{
+    return writeDump(fileName, separator, header, [&](DumpWriter &writer) {
+        for (const std::vector<int> &row : data)
+            writer.line(row.data(), row.size());
+    });
+}

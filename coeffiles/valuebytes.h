@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QtEndian>
+
+#include <cstddef>
+#include <vector>
+
+/// The plaintext of coefficient files: values one after the other, little-endian.
+namespace seamrevision
+{
+
+template <typename Value>
+std::vector<unsigned char> littleEndianBytes(const std::vector<Value> &values)
+{
+    std::vector<unsigned char> bytes(values.size() * sizeof(Value));
+    qToLittleEndian<Value>(values.data(), static_cast<qsizetype>(values.size()), bytes.data());
+    return bytes;
+}
+
+/// Reads values from the start of a run of bytes that holds all of them.
+template <typename Value>
+void readLittleEndian(const unsigned char *bytes, std::size_t valueCount, Value *values)
+{
+    qFromLittleEndian<Value>(bytes, static_cast<qsizetype>(valueCount), values);
+}
+
+} // namespace seamrevision
