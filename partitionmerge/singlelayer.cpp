@@ -1,0 +1,46 @@
+#include "partitionmerge/singlelayer.h"
+
+#include <algorithm>
+
+namespace seamrevision
+{
+
+std::vector<unsigned short> identityCoefs(std::size_t pixelCount)
+{
+    std::vector<unsigned short> coefs(pixelCount * valuesPerPixel, 0);
+    setIdentityDiagonal(coefs.data(), pixelCount);
+    return coefs;
+}
+
+void setIdentityDiagonal(unsigned short *values, std::size_t pixelCount)
+{
+    for (std::size_t pixel = 0; pixel < pixelCount; ++pixel, values += valuesPerPixel)
+        values[0] = values[4] = values[8] = gainOne;
+}
+
+bool holdsWindow(const std::vector<unsigned short> &zoneCoefs, const PixelWindow &window)
+{
+    if (window.rowCount == 0)
+        return true;
+    const quint64 lastPixel
+        = window.rowStart(window.rowCount - 1) + static_cast<quint64>(window.colCount) - 1;
+    return lastPixel < zoneCoefs.size() / valuesPerPixel;
+}
+
+std::vector<unsigned short> cutOut(const std::vector<unsigned short> &zoneCoefs,
+                                   const PixelWindow &window)
+{
+    const quint64 size = zoneCoefs.size();
+    const auto valueAt = [&](quint64 pixel) {
+        return zoneCoefs.data() + std::min(std::min(pixel, size) * valuesPerPixel, size);
+    };
+    std::vector<unsigned short> own;
+    own.reserve(std::min(size, window.pixelCount() * valuesPerPixel));
+    for (qint64 row = 0; row < window.rowCount; ++row) {
+        const quint64 start = window.rowStart(row);
+        own.insert(own.end(), valueAt(start), valueAt(start + static_cast<quint64>(window.colCount)));
+    }
+    return own;
+}
+
+} // namespace seamrevision
