@@ -66,7 +66,7 @@ ST_ReviseResult PartitionMerge::boundaryModifying(QString coefPath, enum_ScreenT
 StepOutcome PartitionMerge::Revision::listCorrected()
 {
     const auto pixelCount = static_cast<std::size_t>(m_result.rect.area());
-    m_result.coefData.assign(pixelCount * valuesPerPixel, 0);
+    m_result.coefData.assign(valueCount(pixelCount), 0);
     if (!m_engine.m_pScreenDBManager) {
         m_trace.critical(69, "The pScreenDBManager is nullptr!");
         return {ErrCode_Failed, QString()};
@@ -175,7 +175,7 @@ void PartitionMerge::Revision::dumpStored(const CoefsZoneInfo &stored, const QSt
     if (!LocalConfig::getInstance().isExportData())
         return;
     std::vector<unsigned short> own = cutOut(stored.m_arrayData, windowInside(stored, area));
-    own.resize(areaPixelCount(area) * valuesPerPixel);
+    own.resize(valueCount(areaPixelCount(area)));
     outData(own, QStringLiteral("normal_area_") + key + QStringLiteral("_before.txt"),
             QStringLiteral(","), valuesPerPixel, QString());
 }

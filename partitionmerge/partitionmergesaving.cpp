@@ -91,7 +91,7 @@ enum_ErrCodeType PartitionMerge::saveRevisedCoef(const QMap<int, CoefsZoneInfo *
         AreaInfoToCoefZoneInfo(areaZone.get(), &area, width, height);
         std::vector<unsigned short> *const ownCoefs = toFile ? &areaZone->m_arrayData : nullptr;
         if (ownCoefs)
-            ownCoefs->assign(zonePixelCount(*areaZone) * valuesPerPixel, 0);
+            ownCoefs->assign(valueCount(zonePixelCount(*areaZone)), 0);
         if (!placeIntoScreen(trace, indexTags, zone, windowInside(zone, *areaZone), screen,
                              result.coefData, ownCoefs))
             return ErrCode_IndexOutOfRange;

@@ -1,13 +1,22 @@
 #include "partitionmerge/singlelayer.h"
 
 #include <algorithm>
+#include <limits>
+#include <stdexcept>
 
 namespace seamrevision
 {
 
+std::size_t valueCount(std::size_t pixelCount)
+{
+    if (pixelCount > std::numeric_limits<std::size_t>::max() / valuesPerPixel)
+        throw std::length_error("too many pixels");
+    return pixelCount * valuesPerPixel;
+}
+
 std::vector<unsigned short> identityCoefs(std::size_t pixelCount)
 {
-    std::vector<unsigned short> coefs(pixelCount * valuesPerPixel, 0);
+    std::vector<unsigned short> coefs(valueCount(pixelCount), 0);
     setIdentityDiagonal(coefs.data(), pixelCount);
     return coefs;
 }

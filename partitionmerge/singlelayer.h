@@ -14,6 +14,9 @@ constexpr unsigned short gainOne = 2048;
 /// The largest value that the whole-screen table may hold after saving.
 constexpr unsigned short coefficientCap = 0x999;
 
+/// Values of pixelCount pixels; throws std::length_error where no array could hold them.
+std::size_t valueCount(std::size_t pixelCount);
+
 /// pixelCount times the identity matrix.
 std::vector<unsigned short> identityCoefs(std::size_t pixelCount);
 
