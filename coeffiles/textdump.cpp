@@ -47,8 +47,8 @@ private:
     void append(int value)
     {
         char *const end = m_block.data() + m_block.size();
-        m_used = static_cast<std::size_t>(
-            std::to_chars(m_block.data() + m_used, end, value).ptr - m_block.data());
+        m_used = static_cast<std::size_t>(std::to_chars(m_block.data() + m_used, end, value).ptr
+                                          - m_block.data());
         appendBytes(m_separator.constData(), static_cast<std::size_t>(m_separator.size()));
     }
 
@@ -82,8 +82,7 @@ QString writeDump(const QString &fileName, const QString &separator, const QStri
     if (!LocalConfig::getInstance().isExportData())
         return QString();
     const FuncRunningState running(QStringLiteral("outData"));
-    const QString path
-        = LocalConfig::getInstance().exportDataDir() + QLatin1Char('/') + fileName;
+    const QString path = LocalConfig::getInstance().exportDataDir() + QLatin1Char('/') + fileName;
     QFile file(path);
     if (file.open(QIODevice::WriteOnly)) {
         DumpWriter writer(file, separator);
@@ -108,17 +107,15 @@ void writeLines(DumpWriter &writer, const std::vector<Value> &data, int valuesPe
 QString outData(const std::vector<unsigned short> &data, const QString &fileName,
                 const QString &separator, int valuesPerLine, QString header)
 {
-    return writeDump(fileName, separator, header, [&](DumpWriter &writer) {
-        writeLines(writer, data, valuesPerLine);
-    });
+    return writeDump(fileName, separator, header,
+                     [&](DumpWriter &writer) { writeLines(writer, data, valuesPerLine); });
 }
 
 QString outData(const std::vector<unsigned char> &data, const QString &fileName,
                 const QString &separator, int valuesPerLine, QString header)
 {
-    return writeDump(fileName, separator, header, [&](DumpWriter &writer) {
-        writeLines(writer, data, valuesPerLine);
-    });
+    return writeDump(fileName, separator, header,
+                     [&](DumpWriter &writer) { writeLines(writer, data, valuesPerLine); });
 }
 
 QString outData(const std::vector<std::vector<int>> &data, const QString &fileName,

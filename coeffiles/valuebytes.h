@@ -13,7 +13,8 @@ template <typename Value>
 std::vector<unsigned char> littleEndianBytes(const std::vector<Value> &values)
 {
     std::vector<unsigned char> bytes(values.size() * sizeof(Value));
-    qToLittleEndian<Value>(values.data(), static_cast<qsizetype>(values.size()), bytes.data());
+    if (!values.empty()) // Qt copies without asking, and there is nothing to point at
+        qToLittleEndian<Value>(values.data(), static_cast<qsizetype>(values.size()), bytes.data());
     return bytes;
 }
 
@@ -21,7 +22,8 @@ std::vector<unsigned char> littleEndianBytes(const std::vector<Value> &values)
 template <typename Value>
 void readLittleEndian(const unsigned char *bytes, std::size_t valueCount, Value *values)
 {
-    qFromLittleEndian<Value>(bytes, static_cast<qsizetype>(valueCount), values);
+    if (valueCount > 0)
+        qFromLittleEndian<Value>(bytes, static_cast<qsizetype>(valueCount), values);
 }
 
 } // namespace seamrevision

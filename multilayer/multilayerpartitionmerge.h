@@ -95,6 +95,7 @@ protected:
 
 private:
     class Revision;
+    class Saving;
 
     /// Values of a pixel: 3 * layer count, none for a layer count below 1.
     std::size_t valuesPerPixel() const;

@@ -89,16 +89,12 @@ ST_ReviseResult MultiLayerPartitionMerge::boundaryModifying(
     m_screenRect = screenRect;
     m_edgeMargin = edgeMargin;
     m_areas = areas;
-    ST_ReviseResult result;
-    result.rect = screenRect;
-
-    const RevisionRequest request{coefPath, screenType, areas, partitionGrid, zoneSize};
-    // The zones go with the run, before the result is copied: they need not exist at once.
-    const auto run = [&] { return Revision(*this, trace, request, result).run(); };
-    const auto send = [&](enum_ErrCodeType code, const QString &text) {
-        return sendResult(code, text, result);
-    };
-    return sendOutcome(trace, 268, 272, run, send);
+    const RevisionRequest request{coefPath, screenType, areas, partitionGrid, screenRect, zoneSize};
+    return runRevision<Revision>(
+        *this, trace, {268, 272}, request,
+        [this](enum_ErrCodeType code, const QString &text, ST_ReviseResult &result) {
+            return sendResult(code, text, result);
+        });
 }
 
 StepOutcome MultiLayerPartitionMerge::Revision::listCorrected()
@@ -125,11 +121,10 @@ StepOutcome MultiLayerPartitionMerge::Revision::prepareZones()
 {
     const PreparationTags tags{64, 74, 89};
     const baseCommon::NQSize band = m_request.zoneSize;
-    return prepareEachPartition(m_trace, tags, m_request.areas, m_correctedNumbers, m_zones,
-                                [&](const AreaInfoBase &area) {
-                                    return m_engine.getScreenCoefEx(area, band.width(),
-                                                                    band.height());
-                                });
+    return prepareEachPartition(
+        m_trace, tags, m_request.areas, m_correctedNumbers, m_zones, [&](const AreaInfoBase &area) {
+            return m_engine.getScreenCoefEx(area, band.width(), band.height());
+        });
 }
 
 StepOutcome MultiLayerPartitionMerge::Revision::resetUncorrected()
@@ -212,8 +207,8 @@ void MultiLayerPartitionMerge::Revision::dumpStored(const MultiLayerCoefZoneInfo
                 *target = stored.m_multiLayerCoefs[pixel];
         }
     }
-    outData(own, QStringLiteral("area_") + key + QStringLiteral("_before.txt"),
-            QStringLiteral(","), QString());
+    outData(own, QStringLiteral("area_") + key + QStringLiteral("_before.txt"), QStringLiteral(","),
+            QString());
 }
 
 StepOutcome MultiLayerPartitionMerge::Revision::reviseSeams()
@@ -228,7 +223,6 @@ StepOutcome MultiLayerPartitionMerge::Revision::saveZones()
 {
     m_result.multiLayerCoefData.assign(static_cast<std::size_t>(m_result.rect.area()),
                                        std::vector<int>(m_engine.valuesPerPixel(), 0));
-    return savingOutcome(m_engine.saveRevisedCoef(m_zones.map(), m_request.areas,
-                                                  m_request.coefPath, m_request.screenType,
-                                                  m_result));
+    return savingOutcome(m_engine.saveRevisedCoef(
+        m_zones.map(), m_request.areas, m_request.coefPath, m_request.screenType, m_result));
 }

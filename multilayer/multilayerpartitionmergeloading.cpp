@@ -54,7 +54,8 @@ bool MultiLayerPartitionMerge::subInfoCoefToAreaCoef(MultiLayerCoefZoneInfo *sub
     std::vector<int> *target = areaCoef->m_multiLayerCoefs.data();
     for (qint64 row = 0; row < window.rowCount; ++row) {
         const quint64 first = window.rowStart(row);
-        for (quint64 pixel = first; pixel < first + static_cast<quint64>(window.colCount); ++pixel) {
+        for (quint64 pixel = first; pixel < first + static_cast<quint64>(window.colCount);
+             ++pixel) {
             if (pixel >= stored.size()) {
                 trace.critical(598, "The index out of range!");
                 return false;

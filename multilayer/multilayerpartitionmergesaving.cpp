@@ -11,8 +11,6 @@
 #include "records/trace.h"
 
 #include <algorithm>
-#include <memory>
-#include <new>
 
 using namespace seamrevision;
 
@@ -27,9 +25,9 @@ using CoefTable = std::vector<std::vector<int>>;
 /// Copies a partition's own pixels out of its zone into the whole-screen table and, row by row
 /// without gaps, into ownRows if there are any. A pixel that either table lacks ends it with a
 /// report; the pixels before it are copied.
-bool placeIntoScreen(const Trace &trace, const MultiLayerCoefZoneInfo &zone,
-                     const PixelWindow &own, const ScreenTable &screen, CoefTable &table,
-                     const ZoneBaseInfo &area, CoefTable *ownRows)
+bool placeIntoScreen(const Trace &trace, const MultiLayerCoefZoneInfo &zone, const PixelWindow &own,
+                     const ScreenTable &screen, CoefTable &table, const ZoneBaseInfo &area,
+                     CoefTable *ownRows)
 {
     const CoefTable &revised = zone.m_multiLayerCoefs;
     for (qint64 row = 0; row < own.rowCount; ++row) {
@@ -63,57 +61,97 @@ void capCoefficients(CoefTable &table)
 
 } // namespace
 
+/// One call of saveRevisedCoef.
+class MultiLayerPartitionMerge::Saving
+{
+public:
+    Saving(MultiLayerPartitionMerge &engine, const Trace &trace, const QString &dir,
+           enum_ScreenType screenType, ST_ReviseResult &result)
+        : m_engine(engine)
+        , m_trace(trace)
+        , m_dir(dir)
+        , m_toFile(screenType == ScreenType_PartitionFile)
+        , m_packedWidth(MultiLayerConfig::instance()->coefBitWide())
+        , m_result(result)
+    {
+    }
+
+    static bool hasCoefs(const MultiLayerCoefZoneInfo &zone)
+    {
+        return !zone.m_multiLayerCoefs.empty();
+    }
+
+    void setOwnRect(MultiLayerCoefZoneInfo &areaZone, AreaInfoBase &area) const
+    {
+        int width = 0;
+        int height = 0;
+        m_engine.AreaInfoToCoefZoneInfo(&areaZone, &area, width, height);
+    }
+
+    enum_ErrCodeType save(int number, const MultiLayerCoefZoneInfo &zone,
+                          MultiLayerCoefZoneInfo &areaZone) const;
+    bool saveToFiles(const QString &dumpName, MultiLayerCoefZoneInfo &areaZone) const;
+    void finish() const;
+
+private:
+    MultiLayerPartitionMerge &m_engine;
+    const Trace &m_trace;
+    const QString &m_dir;
+    const bool m_toFile;
+    const unsigned int m_packedWidth;
+    ST_ReviseResult &m_result;
+};
+
 enum_ErrCodeType MultiLayerPartitionMerge::saveRevisedCoef(
     const QMap<int, MultiLayerCoefZoneInfo *> &coefsZoneInfos, QMap<QString, AreaInfoBase *> areas,
     QString dir, enum_ScreenType screenType, ST_ReviseResult &result)
 {
     const Trace trace(QStringLiteral("MultiLayerPartitionMerge::saveRevisedCoef"));
-    const ScreenTable screen(m_screenRect);
-    const bool toFile = screenType == ScreenType_PartitionFile;
-    const auto isEmpty
-        = [](const MultiLayerCoefZoneInfo &zone) { return zone.m_multiLayerCoefs.empty(); };
+    const Saving saving(*this, trace, dir, screenType, result);
+    const auto code = saveEachZone(trace, {283, 294, 306, 325}, coefsZoneInfos, areas, saving);
+    if (code == ErrCode_Success)
+        saving.finish();
+    return code;
+}
 
-    const auto savePartition = [&](int number, const MultiLayerCoefZoneInfo &zone,
-                                   AreaInfoBase &area) {
-        const std::unique_ptr<MultiLayerCoefZoneInfo> areaZone(new (std::nothrow)
-                                                                   MultiLayerCoefZoneInfo());
-        if (!areaZone) {
-            trace.critical(325, "The pCoefsZoneInfo is nullptr!");
-            return ErrCode_Failed;
-        }
-        int width = 0;
-        int height = 0;
-        AreaInfoToCoefZoneInfo(areaZone.get(), &area, width, height);
-        CoefTable *const ownRows = toFile ? &areaZone->m_multiLayerCoefs : nullptr;
-        if (ownRows)
-            ownRows->assign(zonePixelCount(*areaZone), std::vector<int>(valuesPerPixel(), 0));
-        if (!placeIntoScreen(trace, zone, windowInside(zone, *areaZone), screen,
-                             result.multiLayerCoefData, *areaZone, ownRows))
-            return ErrCode_IndexOutOfRange;
-        const QString dumpName = QStringLiteral("areaEx_") + QString::number(number);
-        outData(zone.m_multiLayerCoefs, dumpName + QStringLiteral("_after.txt"),
-                QStringLiteral(","), QString());
-        if (!toFile)
-            return ErrCode_Success;
-        packCoefs(ledZoneInfo(*areaZone), areaZone->m_multiLayerCoefs,
-                  MultiLayerConfig::instance()->coefBitWide(), m_layerSize, areaZone->m_zipCoefs);
-        outData(areaZone->m_zipCoefs, dumpName + QStringLiteral("_afterZIP.txt"), QString(), 1,
-                QString());
-        if (!saveCombineAreaCoef(dir, areaZone.get())) {
-            logPlain("Save combine area cofficient failed!");
-            return ErrCode_SaveCombineCoefFailed;
-        }
-        return ErrCode_Success;
-    };
+enum_ErrCodeType MultiLayerPartitionMerge::Saving::save(int number,
+                                                        const MultiLayerCoefZoneInfo &zone,
+                                                        MultiLayerCoefZoneInfo &areaZone) const
+{
+    CoefTable *const ownRows = m_toFile ? &areaZone.m_multiLayerCoefs : nullptr;
+    if (ownRows)
+        ownRows->assign(zonePixelCount(areaZone), std::vector<int>(m_engine.valuesPerPixel(), 0));
+    if (!placeIntoScreen(m_trace, zone, windowInside(zone, areaZone),
+                         ScreenTable(m_engine.m_screenRect), m_result.multiLayerCoefData, areaZone,
+                         ownRows))
+        return ErrCode_IndexOutOfRange;
 
-    const SavingTags tags{283, 294, 306};
-    const auto code = forEachSavedZone(trace, tags, coefsZoneInfos, areas, isEmpty, savePartition);
-    if (code != ErrCode_Success)
-        return code;
-    capCoefficients(result.multiLayerCoefData);
-    outData(result.multiLayerCoefData, tr("Multilayer_After_Revise.txt"), QStringLiteral(","),
+    const QString dumpName = QStringLiteral("areaEx_") + QString::number(number);
+    outData(zone.m_multiLayerCoefs, dumpName + QStringLiteral("_after.txt"), QStringLiteral(","),
             QString());
-    packCoefs(ledZoneInfo(result.rect), result.multiLayerCoefData,
-              MultiLayerConfig::instance()->coefBitWide(), m_layerSize, result.zipCoefData);
+    if (m_toFile && !saveToFiles(dumpName, areaZone)) {
+        logPlain("Save combine area cofficient failed!");
+        return ErrCode_SaveCombineCoefFailed;
+    }
     return ErrCode_Success;
+}
+
+bool MultiLayerPartitionMerge::Saving::saveToFiles(const QString &dumpName,
+                                                   MultiLayerCoefZoneInfo &areaZone) const
+{
+    packCoefs(ledZoneInfo(areaZone), areaZone.m_multiLayerCoefs, m_packedWidth,
+              m_engine.m_layerSize, areaZone.m_zipCoefs);
+    outData(areaZone.m_zipCoefs, dumpName + QStringLiteral("_afterZIP.txt"), QString(), 1,
+            QString());
+    return m_engine.saveCombineAreaCoef(m_dir, &areaZone);
+}
+
+/// Files keep the values as revised; only the table is capped, and packed after that.
+void MultiLayerPartitionMerge::Saving::finish() const
+{
+    capCoefficients(m_result.multiLayerCoefData);
+    outData(m_result.multiLayerCoefData, tr("Multilayer_After_Revise.txt"), QStringLiteral(","),
+            QString());
+    packCoefs(ledZoneInfo(m_result.rect), m_result.multiLayerCoefData, m_packedWidth,
+              m_engine.m_layerSize, m_result.zipCoefData);
 }

@@ -97,8 +97,7 @@ enum_ErrCodeType MultiLayerPartitionMerge::startRevise(enum_ReviseDirection dire
     SeamLookup<MultiLayerCoefZoneInfo> seam(trace, tags, areas, zones);
     if (!seam.find(currentIndex, nextIndex))
         return seam.code();
-    return partitionCoefRevise(seam.current(), seam.next(), seamDirection(direction),
-                               m_edgeMargin);
+    return partitionCoefRevise(seam.current(), seam.next(), seamDirection(direction), m_edgeMargin);
 }
 
 enum_ErrCodeType MultiLayerPartitionMerge::partitionCoefRevise(MultiLayerCoefZoneInfo *currentZone,

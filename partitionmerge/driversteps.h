@@ -25,6 +25,7 @@ struct RevisionRequest
     enum_ScreenType screenType;
     QMap<QString, AreaInfoBase *> areas;
     baseCommon::NQSize partitionGrid;
+    NQRect screenRect;
     baseCommon::NQSize zoneSize;
 };
 
@@ -79,18 +80,30 @@ protected:
     OwnedZones<Zone> m_zones;
 };
 
-/// Runs a revision and sends what it came to; whatever is thrown on the way is a failure.
-template <typename Run, typename Send>
-ST_ReviseResult sendOutcome(const Trace &trace, int endTag, int exceptionTag, Run run, Send send)
+/// The numbers with which an engine reports how a revision ends.
+struct EndTags
 {
+    int end;
+    int exception;
+};
+
+/// Runs a revision (RevisionSteps of an engine) and sends what it came to through
+/// send(code, text, result); whatever is thrown on the way is a failure.
+template <typename Revision, typename Engine, typename Send>
+ST_ReviseResult runRevision(Engine &engine, const Trace &trace, const EndTags &tags,
+                            const RevisionRequest &request, Send send)
+{
+    ST_ReviseResult result;
+    result.rect = request.screenRect;
     try {
-        const StepOutcome outcome = run();
+        // The zones go with the revision, before the result is copied: they need not exist at once.
+        const StepOutcome outcome = Revision(engine, trace, request, result).run();
         if (!outcome.failed())
-            trace.debug(endTag, "end!");
-        return send(outcome.code, outcome.text);
+            trace.debug(tags.end, "end!");
+        return send(outcome.code, outcome.text, result);
     } catch (...) {
-        trace.critical(exceptionTag, "Unexpected exception!");
-        return send(ErrCode_Failed, QString());
+        trace.critical(tags.exception, "Unexpected exception!");
+        return send(ErrCode_Failed, QString(), result);
     }
 }
 
@@ -118,9 +131,8 @@ StepOutcome prepareEachPartition(const Trace &trace, const PreparationTags &tags
             return {ErrCode_Failed, entry.key()};
         }
         const int number = entry.key().toInt();
-        area->setCorrectAreaStateType(correctedNumbers.contains(number)
-                                          ? SubAreaState_Corrected
-                                          : SubAreaState_NotCorrected);
+        area->setCorrectAreaStateType(
+            correctedNumbers.contains(number) ? SubAreaState_Corrected : SubAreaState_NotCorrected);
         std::unique_ptr<Zone> zone(makeZone(*area));
         if (!zone) {
             trace.critical(tags.noZone, "The pCoefsZoneInfo is nullptr!");

@@ -22,8 +22,8 @@ int grownLast(int screenLast, int areaLast, int band)
 
 } // namespace
 
-void setExtendedRect(ZoneBaseInfo &zone, const AreaInfoBase &area, const NQRect &screen,
-                     int exCols, int exRows)
+void setExtendedRect(ZoneBaseInfo &zone, const AreaInfoBase &area, const NQRect &screen, int exCols,
+                     int exRows)
 {
     zone.setAreaID(area.getAreaNum());
     zone.setBegPixCol(grownFirst(screen.left(), area.getAreaStartCol(), exCols));

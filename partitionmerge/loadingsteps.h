@@ -10,8 +10,8 @@ namespace seamrevision
 {
 
 /// Gives a zone a partition's id, and its rectangle grown by a band and clipped to the screen.
-void setExtendedRect(ZoneBaseInfo &zone, const AreaInfoBase &area, const NQRect &screen,
-                     int exCols, int exRows);
+void setExtendedRect(ZoneBaseInfo &zone, const AreaInfoBase &area, const NQRect &screen, int exCols,
+                     int exRows);
 
 /// The numbers with which an engine reports the steps of reading a partition.
 struct ReadingTags

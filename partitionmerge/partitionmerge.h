@@ -57,7 +57,8 @@ public:
     /// On success the result holds screenRect.area() * 9 values, capped at 2457; the files hold
     /// the same values uncapped. On failure it holds a code, and as text the key or number of the
     /// partition at fault where there is one. Files written and correction states set before a
-    /// failure stay. Anything that is thrown on the way (memory, the database) gives ErrCode_Failed.
+    /// failure stay. Anything that is thrown on the way (memory, the database) gives
+    /// ErrCode_Failed.
     virtual ST_ReviseResult boundaryModifying(QString coefPath, enum_ScreenType screenType,
                                               QMap<QString, AreaInfoBase *> areas,
                                               baseCommon::NQSize partitionGrid, NQRect screenRect,
@@ -116,4 +117,5 @@ protected:
 
 private:
     class Revision;
+    class Saving;
 };

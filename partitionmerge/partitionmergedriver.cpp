@@ -51,16 +51,12 @@ ST_ReviseResult PartitionMerge::boundaryModifying(QString coefPath, enum_ScreenT
     m_screenRect = screenRect;
     m_edgeMargin = edgeMargin;
     m_areas = areas;
-    ST_ReviseResult result;
-    result.rect = screenRect;
-
-    const RevisionRequest request{coefPath, screenType, areas, partitionGrid, zoneSize};
-    // The zones go with the run, before the result is copied: they need not exist at once.
-    const auto run = [&] { return Revision(*this, trace, request, result).run(); };
-    const auto send = [&](enum_ErrCodeType code, const QString &text) {
-        return sendResult(code, text, result);
-    };
-    return sendOutcome(trace, 306, 310, run, send);
+    const RevisionRequest request{coefPath, screenType, areas, partitionGrid, screenRect, zoneSize};
+    return runRevision<Revision>(
+        *this, trace, {306, 310}, request,
+        [this](enum_ErrCodeType code, const QString &text, ST_ReviseResult &result) {
+            return sendResult(code, text, result);
+        });
 }
 
 StepOutcome PartitionMerge::Revision::listCorrected()
@@ -89,11 +85,10 @@ StepOutcome PartitionMerge::Revision::prepareZones()
 {
     const PreparationTags tags{89, 99, 113};
     const baseCommon::NQSize band = m_request.zoneSize;
-    return prepareEachPartition(m_trace, tags, m_request.areas, m_correctedNumbers, m_zones,
-                                [&](const AreaInfoBase &area) {
-                                    return m_engine.getScreenCoefEx(area, band.width(),
-                                                                    band.height());
-                                });
+    return prepareEachPartition(
+        m_trace, tags, m_request.areas, m_correctedNumbers, m_zones, [&](const AreaInfoBase &area) {
+            return m_engine.getScreenCoefEx(area, band.width(), band.height());
+        });
 }
 
 StepOutcome PartitionMerge::Revision::resetUncorrected()
@@ -113,8 +108,7 @@ StepOutcome PartitionMerge::Revision::resetUncorrected()
         resetInTable(*scratch, width, height);
         return StepOutcome();
     };
-    const StepOutcome outcome
-        = forEachUncorrected(m_trace, {141, 99}, m_request, reset);
+    const StepOutcome outcome = forEachUncorrected(m_trace, {141, 99}, m_request, reset);
     if (!outcome.failed())
         logPlain("Start revise!");
     return outcome;
@@ -194,7 +188,6 @@ StepOutcome PartitionMerge::Revision::reviseSeams()
 
 StepOutcome PartitionMerge::Revision::saveZones()
 {
-    return savingOutcome(m_engine.saveRevisedCoef(m_zones.map(), m_request.areas,
-                                                  m_request.coefPath, m_request.screenType,
-                                                  m_result));
+    return savingOutcome(m_engine.saveRevisedCoef(
+        m_zones.map(), m_request.areas, m_request.coefPath, m_request.screenType, m_result));
 }

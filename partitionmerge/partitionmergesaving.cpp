@@ -9,8 +9,6 @@
 #include "records/trace.h"
 
 #include <algorithm>
-#include <memory>
-#include <new>
 
 using namespace seamrevision;
 
@@ -69,48 +67,78 @@ void capCoefficients(std::vector<unsigned short> &coefs)
 
 } // namespace
 
+/// One call of saveRevisedCoef.
+class PartitionMerge::Saving
+{
+public:
+    Saving(PartitionMerge &engine, const Trace &trace, const QString &path,
+           enum_ScreenType screenType, ST_ReviseResult &result)
+        : m_engine(engine)
+        , m_trace(trace)
+        , m_path(path)
+        , m_toFile(screenType == ScreenType_PartitionFile)
+        , m_result(result)
+    {
+    }
+
+    static bool hasCoefs(const CoefsZoneInfo &zone) { return zone.getCoefsSize() > 0; }
+
+    void setOwnRect(CoefsZoneInfo &areaZone, AreaInfoBase &area) const
+    {
+        int width = 0;
+        int height = 0;
+        m_engine.AreaInfoToCoefZoneInfo(&areaZone, &area, width, height);
+    }
+
+    enum_ErrCodeType save(int number, const CoefsZoneInfo &zone, CoefsZoneInfo &areaZone) const;
+    void finish() const;
+
+private:
+    PartitionMerge &m_engine;
+    const Trace &m_trace;
+    const QString &m_path;
+    const bool m_toFile;
+    ST_ReviseResult &m_result;
+};
+
 enum_ErrCodeType PartitionMerge::saveRevisedCoef(const QMap<int, CoefsZoneInfo *> &coefs,
                                                  QMap<QString, AreaInfoBase *> areas, QString path,
                                                  enum_ScreenType screenType,
                                                  ST_ReviseResult &result)
 {
     const Trace trace(QStringLiteral("PartitionMerge::saveRevisedCoef"));
-    const ScreenTable screen(m_screenRect);
-    const bool toFile = screenType == ScreenType_PartitionFile;
-    const IndexTags indexTags = toFile ? IndexTags{705, 710} : IndexTags{728, 733};
-    const auto isEmpty = [](const CoefsZoneInfo &zone) { return zone.getCoefsSize() == 0; };
+    const Saving saving(*this, trace, path, screenType, result);
+    const auto code = saveEachZone(trace, {624, 634, 646, 668}, coefs, areas, saving);
+    if (code == ErrCode_Success)
+        saving.finish();
+    return code;
+}
 
-    const auto savePartition = [&](int, const CoefsZoneInfo &zone, AreaInfoBase &area) {
-        const std::unique_ptr<CoefsZoneInfo> areaZone(new (std::nothrow) CoefsZoneInfo());
-        if (!areaZone) {
-            trace.critical(668, "The pCoefsZoneInfo is nullptr!");
-            return ErrCode_Failed;
-        }
-        int width = 0;
-        int height = 0;
-        AreaInfoToCoefZoneInfo(areaZone.get(), &area, width, height);
-        std::vector<unsigned short> *const ownCoefs = toFile ? &areaZone->m_arrayData : nullptr;
-        if (ownCoefs)
-            ownCoefs->assign(valueCount(zonePixelCount(*areaZone)), 0);
-        if (!placeIntoScreen(trace, indexTags, zone, windowInside(zone, *areaZone), screen,
-                             result.coefData, ownCoefs))
-            return ErrCode_IndexOutOfRange;
-        outData(zone.m_arrayData,
-                QStringLiteral("normal_areaEx_") + zone.getAreaID() + QStringLiteral("_after.txt"),
-                QStringLiteral(","), valuesPerPixel, QString());
-        if (toFile && !saveCombineAreaCoef(path, areaZone.get())) {
-            logPlain("Save combine area cofficient failed!");
-            return ErrCode_SaveCombineCoefFailed;
-        }
-        return ErrCode_Success;
-    };
+enum_ErrCodeType PartitionMerge::Saving::save(int, const CoefsZoneInfo &zone,
+                                              CoefsZoneInfo &areaZone) const
+{
+    const IndexTags indexTags = m_toFile ? IndexTags{705, 710} : IndexTags{728, 733};
+    std::vector<unsigned short> *const ownCoefs = m_toFile ? &areaZone.m_arrayData : nullptr;
+    if (ownCoefs)
+        ownCoefs->assign(valueCount(zonePixelCount(areaZone)), 0);
+    if (!placeIntoScreen(m_trace, indexTags, zone, windowInside(zone, areaZone),
+                         ScreenTable(m_engine.m_screenRect), m_result.coefData, ownCoefs))
+        return ErrCode_IndexOutOfRange;
 
-    const SavingTags tags{624, 634, 646};
-    const auto code = forEachSavedZone(trace, tags, coefs, areas, isEmpty, savePartition);
-    if (code != ErrCode_Success)
-        return code;
-    capCoefficients(result.coefData);
-    outData(result.coefData, tr("分区融合后系数.txt"), QStringLiteral(","), valuesPerPixel,
-            QString());
+    outData(zone.m_arrayData,
+            QStringLiteral("normal_areaEx_") + zone.getAreaID() + QStringLiteral("_after.txt"),
+            QStringLiteral(","), valuesPerPixel, QString());
+    if (m_toFile && !m_engine.saveCombineAreaCoef(m_path, &areaZone)) {
+        logPlain("Save combine area cofficient failed!");
+        return ErrCode_SaveCombineCoefFailed;
+    }
     return ErrCode_Success;
+}
+
+/// Files keep the values as revised; only the table is capped.
+void PartitionMerge::Saving::finish() const
+{
+    capCoefficients(m_result.coefData);
+    outData(m_result.coefData, tr("分区融合后系数.txt"), QStringLiteral(","), valuesPerPixel,
+            QString());
 }

@@ -60,7 +60,8 @@ public:
     /// Position by position: the lines are neighbours in both arrays.
     void blendPositions() const
     {
-        for (qint64 position = m_strip.firstPosition; position <= m_strip.lastPosition; ++position) {
+        for (qint64 position = m_strip.firstPosition; position <= m_strip.lastPosition;
+             ++position) {
             const Runs runs = runsFrom(0, position, m_strip.lineCount);
             blendLevel(runs.current, runs.next, runs.count, static_cast<qint32>(position),
                        m_strip.width);
@@ -134,13 +135,11 @@ enum_ErrCodeType PartitionMerge::startRevise(enum_ReviseDirection direction, int
     SeamLookup<CoefsZoneInfo> seam(trace, tags, areas, coefs);
     if (!seam.find(currentIndex, nextIndex))
         return seam.code();
-    return partitionCoefRevise(seam.current(), seam.next(), seamDirection(direction),
-                               m_edgeMargin);
+    return partitionCoefRevise(seam.current(), seam.next(), seamDirection(direction), m_edgeMargin);
 }
 
 enum_ErrCodeType PartitionMerge::partitionCoefRevise(CoefsZoneInfo *current, CoefsZoneInfo *next,
-                                                     enum_ReviseDirection direction,
-                                                     int edgeMargin)
+                                                     enum_ReviseDirection direction, int edgeMargin)
 {
     const Trace trace(QStringLiteral("PartitionMerge::partitionCoefRevise"));
     trace.debug(505, "start!");

@@ -48,11 +48,10 @@ PixelWindow windowInside(const ZoneBaseInfo &zone, const ZoneBaseInfo &rectangle
 
 PixelWindow windowInside(const ZoneBaseInfo &zone, const AreaInfoBase &area)
 {
-    return makeWindow(zone,
-                      {zone.getBegPixRow(), zone.getEndPixRow(), area.getAreaStartRow(),
-                       area.getAreaEndRow()},
-                      {zone.getBegPixCol(), zone.getEndPixCol(), area.getAreaStartCol(),
-                       area.getAreaEndCol()});
+    return makeWindow(
+        zone,
+        {zone.getBegPixRow(), zone.getEndPixRow(), area.getAreaStartRow(), area.getAreaEndRow()},
+        {zone.getBegPixCol(), zone.getEndPixCol(), area.getAreaStartCol(), area.getAreaEndCol()});
 }
 
 } // namespace seamrevision

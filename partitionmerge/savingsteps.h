@@ -6,6 +6,9 @@
 #include <QMap>
 #include <QString>
 
+#include <memory>
+#include <new>
+
 /// What saving is in both engines; what differs comes as an argument.
 namespace seamrevision
 {
@@ -16,15 +19,17 @@ struct SavingTags
     int noZones;
     int nullZone;
     int noArea;
+    int noMemory;
 };
 
-/// Calls save(number, zone, area) for every zone, in ascending order, that has coefficients and whose
-/// partition is corrected; the first code that is not success ends it.
-template <typename Zone, typename IsEmpty, typename Save>
-enum_ErrCodeType forEachSavedZone(const Trace &trace, const SavingTags &tags,
-                                  const QMap<int, Zone *> &zones,
-                                  const QMap<QString, AreaInfoBase *> &areas, IsEmpty isEmpty,
-                                  Save save)
+/// Saves every zone, in ascending order, that has coefficients and whose partition is corrected;
+/// the first code that is not success ends it. An engine's saving says whether a zone has
+/// coefficients (hasCoefs), gives a new zone a partition's own rectangle (setOwnRect) and saves
+/// the part of a zone that lies in it (save).
+template <typename Zone, typename Saving>
+enum_ErrCodeType saveEachZone(const Trace &trace, const SavingTags &tags,
+                              const QMap<int, Zone *> &zones,
+                              const QMap<QString, AreaInfoBase *> &areas, const Saving &saving)
 {
     if (zones.isEmpty()) {
         trace.warning(tags.noZones, "The coefsZoneInfo map is empty!");
@@ -36,7 +41,7 @@ enum_ErrCodeType forEachSavedZone(const Trace &trace, const SavingTags &tags,
             trace.critical(tags.nullZone, "The pCoefsZoneInfo is nullptr!");
             return ErrCode_Failed;
         }
-        if (isEmpty(*zone))
+        if (!saving.hasCoefs(*zone))
             continue;
         AreaInfoBase *area = areas.value(zone->getAreaID());
         if (!area) {
@@ -45,7 +50,13 @@ enum_ErrCodeType forEachSavedZone(const Trace &trace, const SavingTags &tags,
         }
         if (area->getCorrectAreaStateType() != SubAreaState_Corrected)
             continue;
-        const enum_ErrCodeType code = save(entry.key(), *zone, *area);
+        const std::unique_ptr<Zone> areaZone(new (std::nothrow) Zone());
+        if (!areaZone) {
+            trace.critical(tags.noMemory, "The pCoefsZoneInfo is nullptr!");
+            return ErrCode_Failed;
+        }
+        saving.setOwnRect(*areaZone, *area);
+        const enum_ErrCodeType code = saving.save(entry.key(), *zone, *areaZone);
         if (code != ErrCode_Success)
             return code;
     }

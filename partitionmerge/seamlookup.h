@@ -51,8 +51,7 @@ public:
             return false;
         }
         const AreaInfoBase *currentArea = findArea(currentIndex, m_tags.currentArea);
-        const AreaInfoBase *nextArea
-            = currentArea ? findArea(nextIndex, m_tags.nextArea) : nullptr;
+        const AreaInfoBase *nextArea = currentArea ? findArea(nextIndex, m_tags.nextArea) : nullptr;
         if (!nextArea)
             return false;
         Zone *current = findZone(*currentArea, currentIndex, m_tags.currentZone);

@@ -47,7 +47,8 @@ std::vector<unsigned short> cutOut(const std::vector<unsigned short> &zoneCoefs,
     own.reserve(std::min(size, window.pixelCount() * valuesPerPixel));
     for (qint64 row = 0; row < window.rowCount; ++row) {
         const quint64 start = window.rowStart(row);
-        own.insert(own.end(), valueAt(start), valueAt(start + static_cast<quint64>(window.colCount)));
+        own.insert(own.end(), valueAt(start),
+                   valueAt(start + static_cast<quint64>(window.colCount)));
     }
     return own;
 }

@@ -14,8 +14,8 @@ namespace seamrevision
 /// The nearest value that an int can hold.
 inline int saturatedInt(qint64 value)
 {
-    return static_cast<int>(std::clamp<qint64>(
-        value, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
+    return static_cast<int>(std::clamp<qint64>(value, std::numeric_limits<int>::min(),
+                                               std::numeric_limits<int>::max()));
 }
 
 /// Number of pixels from first to last, both included; 0 when last lies before first. It fits an

@@ -6,9 +6,9 @@
 /// What a revision or one of its steps came to.
 enum enum_ErrCodeType : int
 {
-    ErrCode_Success = 0,               ///< done, or the seam was skipped
-    ErrCode_Failed = 3,                ///< a failed check: null pointer, missing key, bad index
-    ErrCode_CorrectedAreaEmpty = 1796, ///< no corrected partition, or the screen has no pixel
+    ErrCode_Success = 0,                  ///< done, or the seam was skipped
+    ErrCode_Failed = 3,                   ///< a failed check: null pointer, missing key, bad index
+    ErrCode_CorrectedAreaEmpty = 1796,    ///< no corrected partition, or the screen has no pixel
     ErrCode_SaveCombineCoefFailed = 1797, ///< a partition's coefficient file was not saved
     ErrCode_ReadAreaCoefFailed = 1800,    ///< a partition's coefficients could not be read
     ErrCode_IndexOutOfRange = 1804,       ///< a partition does not fit the whole-screen table

@@ -89,7 +89,8 @@ TEST_F(CoefFiles, WhatIsWrittenIsReadBackAndReplacesWhatWasThere)
     EXPECT_EQ(readFile(path("1")).size(), 8);
 
     ASSERT_TRUE(layered.saveCombineAreaCoef(dir(), &rows));
-    EXPECT_EQ(decrypted(readFile(path("1_m"))).left(8), QByteArray("\x04\x03\x02\x01\xff\xff\xff\xff", 8));
+    EXPECT_EQ(decrypted(readFile(path("1_m"))).left(8),
+              QByteArray("\x04\x03\x02\x01\xff\xff\xff\xff", 8));
     Pixels table{{7}, {8, 8, 8, 8}, {9}};
     std::vector<unsigned char> packed;
     EXPECT_TRUE(layered.readCoef(dir(), "1", table, packed));
@@ -128,8 +129,9 @@ TEST_F(CoefFiles, OpensslCommandDecryptsThem)
         GTEST_SKIP() << "no openssl command";
     ASSERT_TRUE(single.saveCombineAreaCoef(dir(), &zone));
     QProcess process;
-    process.start(openssl, {"enc", "-d", "-des-cbc", "-provider", "legacy", "-provider", "default",
-                            "-K", "71616c7665746f72", "-iv", "71616c7665746f72", "-in", path("1")});
+    process.start(openssl,
+                  {"enc", "-d", "-des-cbc", "-provider", "legacy", "-provider", "default", "-K",
+                   "71616c7665746f72", "-iv", "71616c7665746f72", "-in", path("1")});
     ASSERT_TRUE(process.waitForFinished());
     EXPECT_EQ(process.readAllStandardOutput(),
               QByteArray(reinterpret_cast<const char *>(zone.m_arrayData.data()), 36));

@@ -156,8 +156,11 @@ TYPED_TEST(BothEngines, EveryFailureEndsWithItsCodeTextAndLineAndLeavesWhatWasWr
          traced('D', 77, 52, "Read screen database failed!")},
         {"nothing corrected", [](Revision &r) { r.database.stored.clear(); }, 1796, "",
          traced('D', 82, 57, "Corrected partition is empty!")},
-        {"screen empty", [](Revision &r) { r.screen = {0, 0, -1, 5}; }, 1796, "",
-         traced('D', 82, 57, "Corrected partition is empty!")},
+        {"screen empty",
+         [](Revision &r) {
+             r.screen = {0, 0, -1, 5};
+         },
+         1796, "", traced('D', 82, 57, "Corrected partition is empty!")},
         {"null record", [](Revision &r) { r.partitions->map["3"] = nullptr; }, 3, "3", nullRecord},
         {"incomplete grid", [](Revision &r) { r.partitions->map.remove("4"); }, 3, "4", nullRecord},
         {"no memory for a zone", [](Revision &r) { r.allocations = 1; }, 3, "2",
@@ -253,7 +256,11 @@ TYPED_TEST(BothEngines, SeamLookupChecksInItsOrder)
         {{{"1", c}, {"2", c}}, {{1, nullptr}}, 1, 3, 359, "C The pCoefsZoneInfo is nullptr!"},
         {{{"1", c}, {"2", u}}, {{1, &zone}}, 1, 0, 0, ""},
         {{{"1", c}, {"2", c}}, {{1, &zone}}, 1, 3, 368, "W The coefsZoneInfo key out of range!"},
-        {{{"1", c}, {"2", c}}, {{1, &zone}, {2, nullptr}}, 1, 3, 374,
+        {{{"1", c}, {"2", c}},
+         {{1, &zone}, {2, nullptr}},
+         1,
+         3,
+         374,
          "C The pCoefsZoneInfo is nullptr!"},
     };
     TypeParam engine;
@@ -303,8 +310,8 @@ TEST(SingleLayerSeam, FailedCheckLeavesBothZonesUnchangedAndNamesTheFirstPixel)
     SingleLayer engine;
     LogCapture log;
     for (const Row &row : rows) {
-        SCOPED_TRACE(::testing::Message() << row.direction << ' ' << row.currentValues << ' '
-                                          << row.nextValues);
+        SCOPED_TRACE(::testing::Message()
+                     << row.direction << ' ' << row.currentValues << ' ' << row.nextValues);
         CoefsZoneInfo current;
         CoefsZoneInfo next;
         setRect(current, {0, 0, 1, 3});
@@ -313,9 +320,9 @@ TEST(SingleLayerSeam, FailedCheckLeavesBothZonesUnchangedAndNamesTheFirstPixel)
         next.m_arrayData.assign(row.nextValues, 3000);
         const auto currentBefore = current.m_arrayData;
         const auto nextBefore = next.m_arrayData;
-        EXPECT_EQ(engine.partitionCoefRevise(&current, &next, enum_ReviseDirection(row.direction),
-                                             0),
-                  row.code);
+        EXPECT_EQ(
+            engine.partitionCoefRevise(&current, &next, enum_ReviseDirection(row.direction), 0),
+            row.code);
         const QStringList lines = log.take();
         const QString tag = QStringLiteral("(%1)").arg(row.tag);
         EXPECT_TRUE(lines[row.code == 0 ? 0 : 1].contains(tag)) << lines.join('\n').toStdString();
@@ -347,10 +354,14 @@ TEST(MultiLayerSeam, StopsInItsOrderAndKeepsWhatItHasBlended)
         std::vector<int> next;
     };
     const Row rows[] = {
-        {0, 6, 6, 0, {100, 133, 166, 100, 133, 166}}, {1, 6, 6, 0, {100, 100, 100, 150, 150, 150}},
-        {0, 5, 6, 0, {100, 133, 166, 100, 133, 200}}, {0, 3, 6, 3, {100, 133, 166, 200, 200, 200}},
-        {1, 5, 6, 0, {100, 100, 100, 150, 150, 200}}, {1, 3, 6, 3, {100, 100, 200, 200, 200, 200}},
-        {1, 6, 1, 3, {100}},                          {2, 1, 1, 0, {200}},
+        {0, 6, 6, 0, {100, 133, 166, 100, 133, 166}},
+        {1, 6, 6, 0, {100, 100, 100, 150, 150, 150}},
+        {0, 5, 6, 0, {100, 133, 166, 100, 133, 200}},
+        {0, 3, 6, 3, {100, 133, 166, 200, 200, 200}},
+        {1, 5, 6, 0, {100, 100, 100, 150, 150, 200}},
+        {1, 3, 6, 3, {100, 100, 200, 200, 200, 200}},
+        {1, 6, 1, 3, {100}},
+        {2, 1, 1, 0, {200}},
     };
     Layered engine;
     LogCapture log;
@@ -362,9 +373,9 @@ TEST(MultiLayerSeam, StopsInItsOrderAndKeepsWhatItHasBlended)
         setRect(next, {0, 0, 1, 2});
         current.m_multiLayerCoefs.assign(row.currentRows, {100, 7});
         next.m_multiLayerCoefs.assign(row.nextRows, {200});
-        EXPECT_EQ(engine.partitionCoefRevise(&current, &next, enum_ReviseDirection(row.direction),
-                                             0),
-                  row.code);
+        EXPECT_EQ(
+            engine.partitionCoefRevise(&current, &next, enum_ReviseDirection(row.direction), 0),
+            row.code);
         for (std::size_t pixel = 0; pixel < row.next.size(); ++pixel)
             EXPECT_EQ(next.m_multiLayerCoefs[pixel], std::vector<int>{row.next[pixel]}) << pixel;
         const QString last = log.take().last();
@@ -430,8 +441,8 @@ TYPED_TEST(BothEngines, SavingPlacesWhatFitsAndStopsAtTheFirstValueThatDoesNot)
     }
     partitions.map.remove("2");
     ST_ReviseResult result;
-    EXPECT_EQ(engine.saveRevisedCoef({{2, &second}}, partitions.map, QString(),
-                                     enum_ScreenType(0), result),
+    EXPECT_EQ(engine.saveRevisedCoef({{2, &second}}, partitions.map, QString(), enum_ScreenType(0),
+                                     result),
               3);
     EXPECT_TRUE(log.take().last().contains("The pAreaInfoBase is nullptr!"));
 }
@@ -451,14 +462,14 @@ TYPED_TEST(BothEngines, CopyReportsNullEmptyAndShortSources)
         const char *line;
     };
     const Row rows[] = {
-        {nullptr, nullptr, layered ? "C (560): The subInfoCoef is nullptr!"
-                                   : "C (451): The subInfoCoef is nullptr!"},
-        {&whole, nullptr, layered ? "C (565): The areaCoef is nullptr!"
-                                  : "C (456): The areaCoef is nullptr!"},
-        {&empty, &area, layered ? "W (570): The subInfoCoef is empty!"
-                                : "W (461): The subInfoCoef is empty!"},
-        {&shorter, &area, layered ? "C (598): The index out of range!"
-                                  : "C (484): The index out of range!"},
+        {nullptr, nullptr,
+         layered ? "C (560): The subInfoCoef is nullptr!" : "C (451): The subInfoCoef is nullptr!"},
+        {&whole, nullptr,
+         layered ? "C (565): The areaCoef is nullptr!" : "C (456): The areaCoef is nullptr!"},
+        {&empty, &area,
+         layered ? "W (570): The subInfoCoef is empty!" : "W (461): The subInfoCoef is empty!"},
+        {&shorter, &area,
+         layered ? "C (598): The index out of range!" : "C (484): The index out of range!"},
     };
     TypeParam engine;
     LogCapture log;
@@ -468,8 +479,8 @@ TYPED_TEST(BothEngines, CopyReportsNullEmptyAndShortSources)
         EXPECT_EQ(last[0], QLatin1Char(row.line[0]));
         EXPECT_TRUE(last.endsWith(QLatin1String(row.line + 2))) << last.toStdString();
     }
-    EXPECT_EQ(area.m_arrayData, layered ? std::vector<unsigned short>()
-                                        : std::vector<unsigned short>(9, 7));
+    EXPECT_EQ(area.m_arrayData,
+              layered ? std::vector<unsigned short>() : std::vector<unsigned short>(9, 7));
 }
 
 TEST(SingleLayerEngine, RectangleOfAPartitionNeedsBothRecords)

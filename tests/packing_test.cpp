@@ -46,7 +46,10 @@ TEST(Packing, CodesAndWidths)
         // A pixel of three words has 3 bytes at width 1, 6 at 2, 9 at 3 and 15 at 5.
         {{pixel}, 1, 3, one, cut({0, 1, 2}, 3)},
         {{pixel}, 2, 3, one, cut({0, 1, 2, 3, 4, 5}, 6)},
-        {{pixel, pixel}, 3, 3, {3, 5, 4, 5},
+        {{pixel, pixel},
+         3,
+         3,
+         {3, 5, 4, 5},
          cut({0, 1, 2, 3, 4, 5, 6, 7, 8, 0, 1, 2, 3, 4, 5, 6, 7, 8}, 18)},
         {{pixel}, 5, 3, one, cut({0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11}, 15)},
         {{pixel}, 0, 3, one, {}},

@@ -45,8 +45,8 @@ TEST(Records, TracedLinesCarryFunctionTagAndTextUnquoted)
         trace.critical(9, "Über");
         seamrevision::logPlain("Partition fusion completed! ");
     }
-    const QStringList expected{"D Class::step(7): enter!", "W Class::step(8): The \"key\" is missing",
-                               QString::fromUtf8("C Class::step(9): Über"),
-                               "D Partition fusion completed! "};
+    const QStringList expected{
+        "D Class::step(7): enter!", "W Class::step(8): The \"key\" is missing",
+        QString::fromUtf8("C Class::step(9): Über"), "D Partition fusion completed! "};
     EXPECT_EQ(log.take().join('\n'), expected.join('\n'));
 }

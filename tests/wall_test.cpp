@@ -50,7 +50,10 @@ public:
     }
 
 private:
-    int between(int low, int high) { return std::uniform_int_distribution<int>(low, high)(m_random); }
+    int between(int low, int high)
+    {
+        return std::uniform_int_distribution<int>(low, high)(m_random);
+    }
     bool oneIn(int chances) { return between(1, chances) == 1; }
 
     std::vector<int> edges(int count)

@@ -114,9 +114,9 @@ private:
 
     std::size_t screenPixel(int row, int col) const
     {
-        return static_cast<std::size_t>(
-            std::int64_t{row - m_wall.screen.top} * m_wall.screen.width() + col
-            - m_wall.screen.left);
+        return static_cast<std::size_t>(std::int64_t{row - m_wall.screen.top}
+                                            * m_wall.screen.width()
+                                        + col - m_wall.screen.left);
     }
 
     void load()
@@ -225,8 +225,8 @@ private:
                 const int currentPixel = horizontal
                     ? line * width + width - overlap + pos
                     : (current.rect.height() - overlap + pos) * width + line;
-                const int nextPixel = horizontal ? line * next.rect.width() + pos
-                                                 : pos * width + line;
+                const int nextPixel
+                    = horizontal ? line * next.rect.width() + pos : pos * width + line;
                 if (!passes(currentPixel, current))
                     return QStringLiteral("The index of currentArea cofficient is out of range!");
                 if (!passes(nextPixel, next))
