@@ -51,12 +51,10 @@ bool placeIntoScreen(const Trace &trace, const MultiLayerCoefZoneInfo &zone, con
     return true;
 }
 
-void capCoefficients(CoefTable &table)
+void capCoefficients(std::vector<int> &row)
 {
-    for (std::vector<int> &row : table) {
-        for (int &value : row)
-            value = std::min(value, coefficientCap);
-    }
+    for (int &value : row)
+        value = std::min(value, coefficientCap);
 }
 
 } // namespace
@@ -146,12 +144,16 @@ bool MultiLayerPartitionMerge::Saving::saveToFiles(const QString &dumpName,
     return m_engine.saveCombineAreaCoef(m_dir, &areaZone);
 }
 
-/// Files keep the values as revised; only the table is capped, and packed after that.
+/// Files keep the values as revised; only the table is capped. A row is packed while it is at
+/// hand: going through millions of rows once more would take longer than the packing.
 void MultiLayerPartitionMerge::Saving::finish() const
 {
-    capCoefficients(m_result.multiLayerCoefData);
+    PixelPacker packer(ledZoneInfo(m_result.rect), m_packedWidth, m_engine.m_layerSize,
+                       m_result.zipCoefData);
+    for (std::vector<int> &row : m_result.multiLayerCoefData) {
+        capCoefficients(row);
+        packer.add(row);
+    }
     outData(m_result.multiLayerCoefData, tr("Multilayer_After_Revise.txt"), QStringLiteral(","),
             QString());
-    packCoefs(ledZoneInfo(m_result.rect), m_result.multiLayerCoefData, m_packedWidth,
-              m_engine.m_layerSize, m_result.zipCoefData);
 }

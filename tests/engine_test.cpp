@@ -54,6 +54,7 @@ struct SingleLayer : PartitionMerge
     static constexpr int valuesPerPixel = 9;
 
     static void fill(ZoneType &zone, const Pixels &pixels) { zone.m_arrayData = flat(pixels); }
+    static Pixels pixels(const ZoneType &zone) { return pixelsOf(zone.m_arrayData); }
 };
 
 struct Layered : MultiLayerPartitionMerge
@@ -72,6 +73,7 @@ struct Layered : MultiLayerPartitionMerge
     static constexpr int valuesPerPixel = 12;
 
     static void fill(ZoneType &zone, const Pixels &pixels) { zone.m_multiLayerCoefs = pixels; }
+    static Pixels pixels(const ZoneType &zone) { return zone.m_multiLayerCoefs; }
 };
 
 template <typename Engine>
@@ -228,66 +230,65 @@ TYPED_TEST(BothEngines, EveryFailureEndsWithItsCodeTextAndLineAndLeavesWhatWasWr
 
 TYPED_TEST(BothEngines, SeamLookupChecksInItsOrder)
 {
-    constexpr bool layered = TypeParam::layered;
-    AreaInfoBase corrected(0, 0, 0, 0, 0);
-    corrected.setCorrectAreaStateType(SubAreaState_Corrected);
-    AreaInfoBase uncorrected(1, 0, 0, 0, 0);
-    AreaInfoBase *const c = &corrected;
-    AreaInfoBase *const u = &uncorrected;
-    auto zone = TestFixture::makeZone({0, 0, 0, 0}, 1);
-    using Zones = QMap<int, typename TypeParam::ZoneType *>;
+    // Partitions 1 and 2: c corrected, u uncorrected, 0 null, - missing; their zones: z, 0, -.
     struct Row
     {
-        QMap<QString, AreaInfoBase *> areas;
-        Zones zones;
+        const char *areas;
+        const char *zones;
         int current;
         int code;
         int tag; // of the single-layer engine
-        const char *text;
+        const char *line;
     };
     const Row rows[] = {
-        {{{"1", c}, {"2", c}}, {}, 2, 3, 321, "C The subarea index out of range!"},
-        {{{"2", c}, {"3", c}}, {}, 1, 3, 326, "W The subarea key out of range!"},
-        {{{"1", nullptr}, {"2", c}}, {}, 1, 3, 333, "C The pAreaInfoBase is nullptr!"},
-        {{{"1", c}, {"3", c}}, {}, 1, 3, 338, "W The subarea key out of range!"},
-        {{{"1", c}, {"2", nullptr}}, {}, 1, 3, 345, "C The pAreaInfoBase is nullptr!"},
-        {{{"1", u}, {"2", c}}, {}, 1, 0, 0, ""},
-        {{{"1", c}, {"2", u}}, {}, 1, 3, 353, "W The coefsZoneInfo key out of range!"},
-        {{{"1", c}, {"2", c}}, {{1, nullptr}}, 1, 3, 359, "C The pCoefsZoneInfo is nullptr!"},
-        {{{"1", c}, {"2", u}}, {{1, &zone}}, 1, 0, 0, ""},
-        {{{"1", c}, {"2", c}}, {{1, &zone}}, 1, 3, 368, "W The coefsZoneInfo key out of range!"},
-        {{{"1", c}, {"2", c}},
-         {{1, &zone}, {2, nullptr}},
-         1,
-         3,
-         374,
-         "C The pCoefsZoneInfo is nullptr!"},
+        {"cc", "--", 3, 3, 321, "C The subarea index out of range!"},
+        {"-c", "--", 1, 3, 326, "W The subarea key out of range!"},
+        {"0c", "--", 1, 3, 333, "C The pAreaInfoBase is nullptr!"},
+        {"c-", "--", 1, 3, 338, "W The subarea key out of range!"},
+        {"c0", "--", 1, 3, 345, "C The pAreaInfoBase is nullptr!"},
+        {"uc", "--", 1, 0, 0, ""},
+        {"cu", "--", 1, 3, 353, "W The coefsZoneInfo key out of range!"},
+        {"cc", "0-", 1, 3, 359, "C The pCoefsZoneInfo is nullptr!"},
+        {"cu", "z-", 1, 0, 0, ""},
+        {"cc", "z-", 1, 3, 368, "W The coefsZoneInfo key out of range!"},
+        {"cc", "z0", 1, 3, 374, "C The pCoefsZoneInfo is nullptr!"},
     };
+    AreaInfoBase corrected(0, 0, 0, 0, 0);
+    corrected.setCorrectAreaStateType(SubAreaState_Corrected);
+    AreaInfoBase uncorrected(1, 0, 0, 0, 0);
+    auto zone = TestFixture::makeZone({0, 0, 0, 0}, 1);
+    QMap<QString, AreaInfoBase *> areas;
+    QMap<int, typename TypeParam::ZoneType *> zones;
     TypeParam engine;
     LogCapture log;
     for (const Row &row : rows) {
+        areas = {{"3", &corrected}};
+        zones.clear();
+        for (int i = 0; i < 2; ++i) {
+            if (row.areas[i] != '-')
+                areas[QString::number(i + 1)] = row.areas[i] == 'c' ? &corrected
+                    : row.areas[i] == 'u'                           ? &uncorrected
+                                                                    : nullptr;
+            if (row.zones[i] != '-')
+                zones[i + 1] = row.zones[i] == 'z' ? &zone : nullptr;
+        }
         EXPECT_EQ(engine.startRevise(ReviseDirection_Horizontal, row.current, row.current + 1,
-                                     row.areas, row.zones),
+                                     areas, zones),
                   row.code);
-        const QString text = QLatin1String(row.text);
-        const QStringList expected = text.isEmpty()
+        const int tag = row.tag + (TypeParam::layered ? 398 : 0);
+        const QStringList expected = row.code == 0
             ? QStringList()
-            : QStringList(TestFixture::line(text[0].toLatin1(), "startRevise",
-                                            row.tag + (layered ? 398 : 0), row.text + 2));
+            : QStringList(TestFixture::line(*row.line, "startRevise", tag, row.line + 2));
         EXPECT_EQ(log.take().join('\n'), expected.join('\n')) << row.tag;
     }
     // Every direction that is not horizontal is vertical: position 1 of 2 takes the mean.
     auto upper = TestFixture::makeZone({0, 0, 1, 0}, 1000);
     auto lower = TestFixture::makeZone({0, 0, 1, 0}, 3000);
-    engine.startRevise(enum_ReviseDirection(7), 1, 2, rows[0].areas, {{1, &upper}, {2, &lower}});
-    auto expected = TestFixture::makeZone({0, 0, 1, 0}, 1000);
-    if constexpr (layered) {
-        expected.m_multiLayerCoefs[1].assign(12, 2000);
-        EXPECT_EQ(lower.m_multiLayerCoefs, expected.m_multiLayerCoefs);
-    } else {
-        std::fill(expected.m_arrayData.begin() + 9, expected.m_arrayData.end(), 2000);
-        EXPECT_EQ(lower.m_arrayData, expected.m_arrayData);
-    }
+    areas["2"] = &corrected;
+    engine.startRevise(enum_ReviseDirection(7), 1, 2, areas, {{1, &upper}, {2, &lower}});
+    EXPECT_EQ(TypeParam::pixels(lower),
+              (Pixels{std::vector<int>(TypeParam::valuesPerPixel, 1000),
+                      std::vector<int>(TypeParam::valuesPerPixel, 2000)}));
 }
 
 TEST(SingleLayerSeam, FailedCheckLeavesBothZonesUnchangedAndNamesTheFirstPixel)
@@ -459,28 +460,26 @@ TYPED_TEST(BothEngines, CopyReportsNullEmptyAndShortSources)
     {
         typename TypeParam::ZoneType *source;
         typename TypeParam::ZoneType *target;
-        const char *line;
+        char level;
+        int singleTag;
+        int layeredTag;
+        const char *text;
     };
     const Row rows[] = {
-        {nullptr, nullptr,
-         layered ? "C (560): The subInfoCoef is nullptr!" : "C (451): The subInfoCoef is nullptr!"},
-        {&whole, nullptr,
-         layered ? "C (565): The areaCoef is nullptr!" : "C (456): The areaCoef is nullptr!"},
-        {&empty, &area,
-         layered ? "W (570): The subInfoCoef is empty!" : "W (461): The subInfoCoef is empty!"},
-        {&shorter, &area,
-         layered ? "C (598): The index out of range!" : "C (484): The index out of range!"},
+        {nullptr, nullptr, 'C', 451, 560, "The subInfoCoef is nullptr!"},
+        {&whole, nullptr, 'C', 456, 565, "The areaCoef is nullptr!"},
+        {&empty, &area, 'W', 461, 570, "The subInfoCoef is empty!"},
+        {&shorter, &area, 'C', 484, 598, "The index out of range!"},
     };
     TypeParam engine;
     LogCapture log;
     for (const Row &row : rows) {
         EXPECT_FALSE(engine.subInfoCoefToAreaCoef(row.source, row.target));
-        const QString last = log.take().last();
-        EXPECT_EQ(last[0], QLatin1Char(row.line[0]));
-        EXPECT_TRUE(last.endsWith(QLatin1String(row.line + 2))) << last.toStdString();
+        const int tag = layered ? row.layeredTag : row.singleTag;
+        EXPECT_EQ(log.take().last(),
+                  TestFixture::line(row.level, "subInfoCoefToAreaCoef", tag, row.text));
     }
-    EXPECT_EQ(area.m_arrayData,
-              layered ? std::vector<unsigned short>() : std::vector<unsigned short>(9, 7));
+    EXPECT_EQ(area.m_arrayData.size(), layered ? 0U : 9U);
 }
 
 TEST(SingleLayerEngine, RectangleOfAPartitionNeedsBothRecords)

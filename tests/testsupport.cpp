@@ -131,6 +131,14 @@ std::vector<unsigned short> flat(const wallmodel::Pixels &pixels)
     return values;
 }
 
+wallmodel::Pixels pixelsOf(const std::vector<unsigned short> &values)
+{
+    wallmodel::Pixels pixels;
+    for (std::size_t first = 0; first < values.size(); first += 9)
+        pixels.emplace_back(values.begin() + first, values.begin() + first + 9);
+    return pixels;
+}
+
 QByteArray readFile(const QString &path)
 {
     QFile file(path);

@@ -91,6 +91,7 @@ private:
 
 void setRect(ZoneBaseInfo &zone, const wallmodel::Rect &rect);
 std::vector<unsigned short> flat(const wallmodel::Pixels &pixels);
+wallmodel::Pixels pixelsOf(const std::vector<unsigned short> &values);
 
 QByteArray readFile(const QString &path);
 void writeFile(const QString &path, const QByteArray &content);

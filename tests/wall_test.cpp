@@ -128,10 +128,7 @@ Outcome reviseWith(Engine &engine, const Wall &wall)
     outcome.text = result.errMsg;
     EXPECT_EQ(result.isSuccess, result.errCode == ErrCode_Success);
     EXPECT_EQ(result.rect.left(), wall.screen.left);
-    outcome.table = result.multiLayerCoefData;
-    for (std::size_t first = 0; first < result.coefData.size(); first += 9)
-        outcome.table.emplace_back(result.coefData.begin() + first,
-                                   result.coefData.begin() + first + 9);
+    outcome.table = wall.layered ? result.multiLayerCoefData : pixelsOf(result.coefData);
     outcome.packed = result.zipCoefData;
     outcome.dumps = filesIn(dumpDirectory.path());
     for (const auto &[name, content] : filesIn(directory.path()))
