@@ -17,7 +17,7 @@ constexpr std::size_t wordBytes = sizeof(quint32);
 
 quint32 code(int value)
 {
-    return static_cast<quint32>((std::clamp(value, 512, 2559) - 512) / 2);
+    return static_cast<quint32>(std::clamp(value, 512, 2559) - 512) / 2;
 }
 
 quint32 packedWord(const int *values)
