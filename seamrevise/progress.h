@@ -1,0 +1,56 @@
+#pragma once
+
+#include <QString>
+
+#include <ostream>
+
+namespace seamrevise
+{
+
+/// One line on a terminal that says how far a command is, and that is gone when it is done.
+class Progress
+{
+public:
+    /// Shows nothing if stream is null.
+    explicit Progress(std::ostream *stream)
+        : m_stream(stream)
+    {
+    }
+    ~Progress() { clear(); }
+    Progress(const Progress &) = delete;
+    Progress &operator=(const Progress &) = delete;
+
+    /// "loading 5 of 24".
+    void show(const char *activity, int done, int total);
+    void clear();
+
+private:
+    std::ostream *m_stream;
+    bool m_isShown = false;
+};
+
+/// While it lives, shows how far an engine is: it watches which of its functions are entered.
+/// Only one at a time, made while no engine runs.
+class EngineProgress
+{
+public:
+    EngineProgress(Progress &progress, int loadCount, int seamCount, int saveCount);
+    ~EngineProgress();
+    EngineProgress(const EngineProgress &) = delete;
+    EngineProgress &operator=(const EngineProgress &) = delete;
+
+private:
+    void entered(const QString &function);
+
+    struct Activity
+    {
+        const char *text;
+        QLatin1String function;
+        int total;
+        int done;
+    };
+    Progress &m_progress;
+    Activity m_activities[3];
+};
+
+} // namespace seamrevise
