@@ -41,6 +41,10 @@ install(FILES
     ${PROJECT_BINARY_DIR}/SeamRevisionConfig.cmake
     ${PROJECT_BINARY_DIR}/SeamRevisionConfigVersion.cmake
     DESTINATION ${package_dir})
+# The tree may be moved: the package file finds it from where it lies itself.
+file(RELATIVE_PATH pc_path_to_prefix
+    ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+string(REGEX REPLACE "/$" "" pc_path_to_prefix "${pc_path_to_prefix}")
 configure_file(cmake/seamrevision.pc.in ${PROJECT_BINARY_DIR}/seamrevision.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/seamrevision.pc
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -1,0 +1,2 @@
+#include "partitionmerge/blend.h"
+#include "seamrevise/report.h"

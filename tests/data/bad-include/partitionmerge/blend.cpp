@@ -1,0 +1,3 @@
+#  include "multilayer/packing.h"
+#include "trace.h"
+#include "../records/trace.h"

@@ -1,0 +1,2 @@
+#include "records/des.h"
+#include "records/trace.h"

@@ -1,0 +1,2 @@
+#include "coeffiles/textdump.h"
+#include "records/nqrect.h"

@@ -1,0 +1,3 @@
+#include "partitionmerge/blend.h"
+#include "records/nqrect.h"
+#include "seamrevise/report.h"
