@@ -36,27 +36,51 @@ Value ramp(Value a, Value b, qint32 position, qint32 width)
     return static_cast<Value>(truncated(t1 + t2));
 }
 
-} // namespace
-
-void blendLevel(quint16 *current, quint16 *next, std::size_t valueCount, qint32 position,
-                qint32 width)
+template <typename Value>
+void plainLevel(Value *current, Value *next, std::size_t valueCount, qint32 position, qint32 width)
 {
     for (std::size_t i = 0; i < valueCount; ++i)
         current[i] = next[i] = ramp(current[i], next[i], position, width);
 }
 
-void blendRamp(quint16 *current, quint16 *next, std::size_t valueCount, const qint32 *positions,
+void plainRamp(quint16 *current, quint16 *next, std::size_t valueCount, const qint32 *positions,
                qint32 width)
 {
     for (std::size_t i = 0; i < valueCount; ++i)
         current[i] = next[i] = ramp(current[i], next[i], positions[i], width);
 }
 
+/// The quickest version for this processor.
+const BlendVersion &chosenBlend()
+{
+    static const BlendVersion &chosen = avx2Blend() ? *avx2Blend() : plainBlend();
+    return chosen;
+}
+
+} // namespace
+
+const BlendVersion &plainBlend()
+{
+    static constexpr BlendVersion version{plainLevel<quint16>, plainRamp, plainLevel<qint32>};
+    return version;
+}
+
+void blendLevel(quint16 *current, quint16 *next, std::size_t valueCount, qint32 position,
+                qint32 width)
+{
+    chosenBlend().level16(current, next, valueCount, position, width);
+}
+
+void blendRamp(quint16 *current, quint16 *next, std::size_t valueCount, const qint32 *positions,
+               qint32 width)
+{
+    chosenBlend().ramp16(current, next, valueCount, positions, width);
+}
+
 void blendLevel(qint32 *current, qint32 *next, std::size_t valueCount, qint32 position,
                 qint32 width)
 {
-    for (std::size_t i = 0; i < valueCount; ++i)
-        current[i] = next[i] = ramp(current[i], next[i], position, width);
+    chosenBlend().level32(current, next, valueCount, position, width);
 }
 
 } // namespace seamrevision

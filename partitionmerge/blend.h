@@ -28,4 +28,22 @@ void blendRamp(quint16 *current, quint16 *next, std::size_t valueCount, const qi
 void blendLevel(qint32 *current, qint32 *next, std::size_t valueCount, qint32 position,
                 qint32 width);
 
+/// One version of the three functions. All versions give the same bits.
+struct BlendVersion
+{
+    void (*level16)(quint16 *current, quint16 *next, std::size_t valueCount, qint32 position,
+                    qint32 width);
+    void (*ramp16)(quint16 *current, quint16 *next, std::size_t valueCount, const qint32 *positions,
+                   qint32 width);
+    void (*level32)(qint32 *current, qint32 *next, std::size_t valueCount, qint32 position,
+                    qint32 width);
+};
+
+/// The formula as it stands, for any processor: what the other version is compared with.
+const BlendVersion &plainBlend();
+
+/// The version for AVX2 with fused multiply-add; nullptr when the library was built for another
+/// kind of processor or this one lacks them.
+const BlendVersion *avx2Blend();
+
 } // namespace seamrevision

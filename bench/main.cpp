@@ -1,0 +1,39 @@
+#include "cases.h"
+#include "figures.h"
+#include "peakmemory.h"
+
+#include <QtGlobal>
+
+#include <cstring>
+#include <malloc.h>
+
+namespace
+{
+
+void discard(QtMsgType, const QMessageLogContext &, const QString &) {}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    qInstallMessageHandler(discard);
+    // Fresh pages from the system cost more than most of what is measured, and never the same: the
+    // allocator keeps what it has.
+    mallopt(M_MMAP_THRESHOLD, 1 << 30);
+    mallopt(M_TRIM_THRESHOLD, -1);
+    if (argc == 3 && std::strcmp(argv[1], bench::peakMemoryArgument) == 0)
+        return bench::runForPeakMemory(argv[2]);
+
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return 2;
+    bench::registerSingleLayerCases();
+    bench::registerLayeredCases();
+    bench::registerBlendCases();
+    bench::registerDumpCases();
+    bench::registerMemoryCases();
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    bench::printTable();
+    return bench::isGoodEnough() ? 0 : 1;
+}

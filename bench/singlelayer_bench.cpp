@@ -1,0 +1,174 @@
+#include "benchwall.h"
+#include "cases.h"
+#include "figures.h"
+#include "movement.h"
+#include "partitionmerge/partitionmerge.h"
+#include "plainrevision.h"
+#include "records/des.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+
+namespace bench
+{
+
+namespace
+{
+
+/// The letters of the coefficient files' key.
+const std::string fileKey = "qalvetor";
+
+/// A wall with its database, ready to be revised, and its yardstick.
+class RevisedWall
+{
+public:
+    RevisedWall(int width, int height)
+        : m_wall(Wall::ofSize(width, height))
+        , m_database(m_wall, MemoryDatabase::Kind::SingleLayer)
+    {
+        m_engine.setPScreenDb(&m_database);
+    }
+
+    bool isRight() { return isPlainSingleLayer(m_wall, m_database, m_wall.reviseWith(m_engine)); }
+
+    void revise()
+    {
+        const ST_ReviseResult result = m_wall.reviseWith(m_engine);
+        benchmark::DoNotOptimize(result.coefData.data());
+    }
+
+    void move() const { moveSingleLayer(m_wall, m_database); }
+
+    /// The ratio of one round.
+    double ratio(bool startsWithOurs)
+    {
+        const auto ours = [this] { revise(); };
+        const auto yardstick = [this] { move(); };
+        const double first = startsWithOurs ? millisecondsOf(ours) : millisecondsOf(yardstick);
+        const double second = startsWithOurs ? millisecondsOf(yardstick) : millisecondsOf(ours);
+        return startsWithOurs ? first / second : second / first;
+    }
+
+private:
+    const Wall m_wall;
+    MemoryDatabase m_database;
+    PartitionMerge m_engine;
+};
+
+void revise(benchmark::State &state)
+{
+    RevisedWall wall(3840, 2160);
+    if (!wall.isRight()) {
+        state.SkipWithError("the result is wrong");
+        return;
+    }
+    report(state, {"1 single layer 3840x2160", 1.35},
+           timeInTurns([&] { wall.revise(); }, [&] { wall.move(); }));
+}
+
+/// Writes what a revision into files must write: every partition's bytes, encrypted.
+void writeFiles(const std::vector<std::vector<unsigned char>> &plaintexts, const QString &directory)
+{
+    int number = 0;
+    for (const std::vector<unsigned char> &plaintext : plaintexts) {
+        std::vector<unsigned char> ciphertext;
+        DES().DESEncrypt(fileKey, fileKey, plaintext, ciphertext);
+        QFile file(directory + QLatin1Char('/') + QString::number(++number));
+        if (file.open(QIODevice::WriteOnly)) {
+            file.write(reinterpret_cast<const char *>(ciphertext.data()),
+                       static_cast<qint64>(ciphertext.size()));
+        }
+    }
+}
+
+/// Whether every file holds its part of the table, but for the cap.
+bool areFilesOfTable(const Wall &wall, PartitionMerge &engine, const QString &directory,
+                     const ST_ReviseResult &result)
+{
+    for (const AreaInfoBase *area : wall.areas()) {
+        std::vector<unsigned short> values;
+        if (!engine.readCoef(directory, area->getAreaNum(), values))
+            return false;
+        auto value = values.begin();
+        for (int row = area->getAreaStartRow(); row <= area->getAreaEndRow(); ++row) {
+            const auto first = static_cast<std::size_t>(row * wall.screen().width()) * 9;
+            const auto begin = first + static_cast<std::size_t>(area->getAreaStartCol()) * 9;
+            const auto end = first + static_cast<std::size_t>(area->getAreaEndCol() + 1) * 9;
+            for (std::size_t place = begin; place < end; ++place) {
+                if (result.coefData[place] != std::min<unsigned short>(*value++, 0x999))
+                    return false;
+            }
+        }
+    }
+    return true;
+}
+
+void reviseIntoFiles(benchmark::State &state)
+{
+    const Wall wall = Wall::ofSize(3840, 2160);
+    MemoryDatabase database(wall, MemoryDatabase::Kind::SingleLayer);
+    PartitionMerge engine;
+    engine.setPScreenDb(&database);
+    const QTemporaryDir ourDirectory;
+    const QTemporaryDir theirDirectory;
+    const auto ours
+        = [&] { return wall.reviseWith(engine, ScreenType_PartitionFile, ourDirectory.path()); };
+    const ST_ReviseResult checked = ours();
+    if (!isPlainSingleLayer(wall, database, checked)
+        || !areFilesOfTable(wall, engine, ourDirectory.path(), checked)) {
+        state.SkipWithError("the result is wrong");
+        return;
+    }
+    std::vector<std::vector<unsigned char>> plaintexts;
+    for (int number = 1; number <= gridColumns * gridRows; ++number) {
+        const AreaInfoBase &area = wall.partition(number);
+        const int rows = area.getAreaEndRow() - area.getAreaStartRow() + 1;
+        const int cols = area.getAreaEndCol() - area.getAreaStartCol() + 1;
+        const auto *const bytes = reinterpret_cast<const unsigned char *>(
+            database.stored.at(number).m_arrayData.data());
+        plaintexts.emplace_back(bytes, bytes + rows * cols * 18);
+    }
+    const auto yardstick = [&] {
+        moveSingleLayer(wall, database);
+        writeFiles(plaintexts, theirDirectory.path());
+    };
+    report(state, {"3 single layer 3840x2160, files", 1.10},
+           timeInTurns([&] { benchmark::DoNotOptimize(ours().coefData.data()); }, yardstick));
+}
+
+/// Both walls in every round, so that whatever else the machine does meets both.
+void growth(benchmark::State &state, int width, int height)
+{
+    RevisedWall wall(width, height);
+    RevisedWall base(3840, 2160);
+    if (!wall.isRight() || !base.isRight()) {
+        state.SkipWithError("the result is wrong");
+        return;
+    }
+    std::vector<double> growths;
+    for (int round = 0; round <= roundCount(); ++round) {
+        const bool startsWithOurs = round % 2 == 0;
+        const double growth = wall.ratio(startsWithOurs) / base.ratio(startsWithOurs);
+        if (round > 0)
+            growths.push_back(growth);
+    }
+    reportValue(
+        state,
+        {"8 growth, " + std::to_string(width) + "x" + std::to_string(height) + " to 3840x2160",
+         1.15},
+        median(growths));
+}
+
+} // namespace
+
+void registerSingleLayerCases()
+{
+    registerFigure("Figure1_SingleLayer/3840x2160", revise);
+    registerFigure("Figure3_SingleLayerFiles/3840x2160", reviseIntoFiles);
+    registerFigure("Figure8_Growth/1920x1080",
+                   [](benchmark::State &state) { growth(state, 1920, 1080); });
+    registerFigure("Figure8_Growth/7680x4320",
+                   [](benchmark::State &state) { growth(state, 7680, 4320); });
+}
+
+} // namespace bench
