@@ -6,11 +6,37 @@
 #include <QFile>
 
 #include <algorithm>
+#include <array>
 #include <charconv>
+#include <cstring>
 #include <limits>
 
 namespace
 {
+
+/// The decimal text of a number below 10000, which almost every coefficient is.
+struct ShortText
+{
+    char characters[4];
+    unsigned char length;
+};
+
+constexpr std::size_t shortTextCount = 10000;
+
+constexpr std::array<ShortText, shortTextCount> makeShortTexts()
+{
+    std::array<ShortText, shortTextCount> texts{};
+    for (std::size_t number = 0; number < shortTextCount; ++number) {
+        ShortText &text = texts[number];
+        for (std::size_t scale = shortTextCount / 10; scale > 0; scale /= 10) {
+            if (number >= scale || scale == 1)
+                text.characters[text.length++] = static_cast<char>('0' + number / scale % 10);
+        }
+    }
+    return texts;
+}
+
+constexpr std::array<ShortText, shortTextCount> shortTexts = makeShortTexts();
 
 /// Formats values into a large block and hands full blocks to the file.
 class DumpWriter
@@ -19,7 +45,7 @@ public:
     DumpWriter(QFile &file, const QString &separator)
         : m_file(file)
         , m_separator(separator.toLocal8Bit())
-        , m_block(blockBytes + longestValue + static_cast<std::size_t>(m_separator.size()))
+        , m_block(blockBytes + longestValue + separatorBytes())
     {
     }
     ~DumpWriter() { flush(); }
@@ -44,20 +70,37 @@ private:
     /// A sign and ten digits, or the end of a line.
     static constexpr std::size_t longestValue = std::numeric_limits<int>::digits10 + 2;
 
+    std::size_t separatorBytes() const { return static_cast<std::size_t>(m_separator.size()); }
+
     void append(int value)
     {
-        char *const end = m_block.data() + m_block.size();
-        m_used = static_cast<std::size_t>(std::to_chars(m_block.data() + m_used, end, value).ptr
-                                          - m_block.data());
-        appendBytes(m_separator.constData(), static_cast<std::size_t>(m_separator.size()));
+        char *end = m_block.data() + m_used;
+        if (value >= 0 && static_cast<std::size_t>(value) < shortTextCount) {
+            const ShortText &text = shortTexts[static_cast<std::size_t>(value)];
+            std::memcpy(end, text.characters, sizeof text.characters);
+            end += text.length;
+        } else {
+            end = std::to_chars(end, end + longestValue, value).ptr;
+        }
+        // Copying a length that is known only now costs more than the digits; most are of one byte.
+        if (separatorBytes() == 1)
+            *end++ = m_separator.constData()[0];
+        else
+            end = std::copy_n(m_separator.constData(), separatorBytes(), end);
+        advanceTo(end);
     }
 
-    void endLine() { appendBytes("\r\n", 2); }
-
-    void appendBytes(const char *bytes, std::size_t count)
+    void endLine()
     {
-        std::copy_n(bytes, count, m_block.data() + m_used);
-        m_used += count;
+        char *const end = m_block.data() + m_used;
+        end[0] = '\r';
+        end[1] = '\n';
+        advanceTo(end + 2);
+    }
+
+    void advanceTo(const char *end)
+    {
+        m_used = static_cast<std::size_t>(end - m_block.data());
         if (m_used >= blockBytes)
             flush();
     }

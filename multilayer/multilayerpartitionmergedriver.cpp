@@ -30,9 +30,9 @@ class NeutralScreen
 public:
     NeutralScreen(const NQRect &rect, std::size_t valuesPerPixel)
         : m_screen(rect)
-        , m_neutralRow(valuesPerPixel, neutralCoef)
-        , m_rows(static_cast<std::size_t>(rect.area()), std::vector<int>(valuesPerPixel, 0))
-        , m_packed(m_rows.size() * (valuesPerPixel / 3) * neutralPackedWidth, 0)
+        , m_valuesPerPixel(valuesPerPixel)
+        , m_values(static_cast<std::size_t>(rect.area()) * valuesPerPixel, 0)
+        , m_packed(m_values.size() / 3 * neutralPackedWidth, 0)
     {
     }
 
@@ -40,15 +40,15 @@ public:
     {
         m_screen.forEachRun(zone.getBegPixRow(), zone.getBegPixCol(), width, height,
                             [this](std::size_t firstPixel, std::size_t pixelCount) {
-                                std::fill_n(m_rows.begin() + static_cast<qint64>(firstPixel),
-                                            pixelCount, m_neutralRow);
+                                std::fill_n(m_values.data() + firstPixel * m_valuesPerPixel,
+                                            pixelCount * m_valuesPerPixel, neutralCoef);
                             });
     }
 
 private:
     const ScreenTable m_screen;
-    const std::vector<int> m_neutralRow;
-    std::vector<std::vector<int>> m_rows;
+    const std::size_t m_valuesPerPixel;
+    std::vector<int> m_values;
     std::vector<unsigned char> m_packed;
 };
 

@@ -52,6 +52,8 @@ public:
     {
         const std::vector<qint32> positions = positionOfEachValue();
         for (qint64 line = 0; line < m_strip.lineCount; ++line) {
+            if (line + linesAhead < m_strip.lineCount)
+                fetch(runsFrom(line + linesAhead, m_strip.firstPosition, m_strip.positionCount()));
             const Runs runs = runsFrom(line, m_strip.firstPosition, m_strip.positionCount());
             blendRamp(runs.current, runs.next, runs.count, positions.data(), m_strip.width);
         }
@@ -75,6 +77,22 @@ private:
         unsigned short *next;
         std::size_t count;
     };
+
+    /// A line is too short for the processor to foresee the next one; three ahead are enough.
+    static constexpr qint64 linesAhead = 3;
+
+    static void fetch(const Runs &runs)
+    {
+#ifdef __GNUC__
+        constexpr std::size_t cacheLineValues = 64 / sizeof(unsigned short);
+        for (std::size_t i = 0; i < runs.count; i += cacheLineValues) {
+            __builtin_prefetch(runs.current + i, 1);
+            __builtin_prefetch(runs.next + i, 1);
+        }
+#else
+        Q_UNUSED(runs)
+#endif
+    }
 
     Runs runsFrom(qint64 line, qint64 position, qint64 pixelCount) const
     {
