@@ -8,6 +8,7 @@ void registerSingleLayerCases();
 void registerLayeredCases();
 void registerBlendCases();
 void registerDumpCases();
+void registerCipherCases();
 void registerMemoryCases();
 
 } // namespace bench

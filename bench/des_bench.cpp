@@ -1,8 +1,7 @@
+#include "cases.h"
+#include "figures.h"
 #include "records/des.h"
 
-#include <benchmark/benchmark.h>
-
-#include <cstdint>
 #include <random>
 #include <string>
 #include <vector>
@@ -14,6 +13,10 @@
 
 // The cipher of the coefficient files on 9 MB, beside libcrypto's. Both sides make the memory of
 // their output within the time, as whoever saves or loads a file does.
+namespace bench
+{
+
+#ifdef SEAMREVISION_HAVE_LIBCRYPTO
 
 namespace
 {
@@ -22,68 +25,13 @@ using Bytes = std::vector<unsigned char>;
 
 const std::string fileKey = "qalvetor";
 
-const Bytes &plainText()
-{
-    static const Bytes text = [] {
-        std::mt19937 generator(1);
-        Bytes bytes(9 << 20);
-        for (unsigned char &byte : bytes)
-            byte = static_cast<unsigned char>(generator());
-        return bytes;
-    }();
-    return text;
-}
-
-const Bytes &cipherText()
-{
-    static const Bytes text = [] {
-        Bytes bytes;
-        DES().DESEncrypt(fileKey, fileKey, plainText(), bytes);
-        return bytes;
-    }();
-    return text;
-}
-
-/// Times code from one text to another after a check that it gets there.
-template <typename Code>
-void timeCode(benchmark::State &state, Code code, const Bytes &from, const Bytes &to)
-{
-    Bytes checked;
-    if (!code(from, checked) || checked != to) {
-        state.SkipWithError("the result is wrong, or the cipher is not to be had");
-        return;
-    }
-    for (auto unused : state) {
-        static_cast<void>(unused);
-        Bytes out;
-        code(from, out);
-        benchmark::DoNotOptimize(out.data());
-    }
-    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(from.size()));
-}
-
-void encryptOurs(benchmark::State &state)
-{
-    const auto encrypt
-        = [](const Bytes &in, Bytes &out) { return DES().DESEncrypt(fileKey, fileKey, in, out); };
-    timeCode(state, encrypt, plainText(), cipherText());
-}
-
-void decryptOurs(benchmark::State &state)
-{
-    const auto decrypt
-        = [](const Bytes &in, Bytes &out) { return DES().DESDecrypt(fileKey, fileKey, in, out); };
-    timeCode(state, decrypt, cipherText(), plainText());
-}
-
-#ifdef SEAMREVISION_HAVE_LIBCRYPTO
 bool cryptWithLibcrypto(bool encrypts, const Bytes &in, Bytes &out)
 {
     // Named, the legacy provider alone would be there; the default one is wanted as well.
     static const bool loaded = OSSL_PROVIDER_load(nullptr, "legacy") != nullptr
         && OSSL_PROVIDER_load(nullptr, "default") != nullptr;
     static EVP_CIPHER *const cipher = EVP_CIPHER_fetch(nullptr, "DES-CBC", nullptr);
-    if (!loaded || cipher == nullptr)
+    if (!loaded || !cipher)
         return false;
     const auto *const key = reinterpret_cast<const unsigned char *>(fileKey.data());
     EVP_CIPHER_CTX *const context = EVP_CIPHER_CTX_new();
@@ -99,28 +47,58 @@ bool cryptWithLibcrypto(bool encrypts, const Bytes &in, Bytes &out)
     return done;
 }
 
-void encryptLibcrypto(benchmark::State &state)
+bool cryptWithOurs(bool encrypts, const Bytes &in, Bytes &out)
 {
-    const auto encrypt
-        = [](const Bytes &in, Bytes &out) { return cryptWithLibcrypto(true, in, out); };
-    timeCode(state, encrypt, plainText(), cipherText());
+    return encrypts ? DES().DESEncrypt(fileKey, fileKey, in, out)
+                    : DES().DESDecrypt(fileKey, fileKey, in, out);
 }
 
-void decryptLibcrypto(benchmark::State &state)
+void crypt(benchmark::State &state, bool encrypts, const Figure &figure)
 {
-    const auto decrypt
-        = [](const Bytes &in, Bytes &out) { return cryptWithLibcrypto(false, in, out); };
-    timeCode(state, decrypt, cipherText(), plainText());
+    std::mt19937 random(1);
+    Bytes plaintext(isShortRun() ? 9 << 10 : 9 << 20);
+    for (unsigned char &byte : plaintext)
+        byte = static_cast<unsigned char>(random());
+    Bytes ciphertext;
+    Bytes ours;
+    Bytes theirs;
+    if (!cryptWithLibcrypto(true, plaintext, ciphertext)) {
+        state.SkipWithError("libcrypto has no DES here");
+        return;
+    }
+    const Bytes &in = encrypts ? plaintext : ciphertext;
+    if (!cryptWithOurs(encrypts, in, ours) || !cryptWithLibcrypto(encrypts, in, theirs)
+        || ours != theirs) {
+        fail(state, "the result is wrong");
+        return;
+    }
+    const auto timed = [&](bool (*code)(bool, const Bytes &, Bytes &)) {
+        return [&in, encrypts, code] {
+            Bytes out;
+            code(encrypts, in, out);
+            benchmark::DoNotOptimize(out.data());
+        };
+    };
+    report(state, figure, timeInTurns(timed(cryptWithOurs), timed(cryptWithLibcrypto)));
 }
-#endif
 
 } // namespace
 
-BENCHMARK(encryptOurs)->Name("Figure4_DesEncrypt/ours")->Unit(benchmark::kMillisecond);
-#ifdef SEAMREVISION_HAVE_LIBCRYPTO
-BENCHMARK(encryptLibcrypto)->Name("Figure4_DesEncrypt/libcrypto")->Unit(benchmark::kMillisecond);
+void registerCipherCases()
+{
+    registerFigure("Figure4_DesEncrypt", [](benchmark::State &state) {
+        crypt(state, true, {"4 DES encryption, 9 MB", 1.5, Figure::AtLeast});
+    });
+    registerFigure("Figure4_DesDecrypt", [](benchmark::State &state) {
+        crypt(state, false, {"4 DES decryption, 9 MB", 4, Figure::AtLeast});
+    });
+}
+
+#else
+
+/// Without the other cipher there is nothing to stand beside.
+void registerCipherCases() {}
+
 #endif
-BENCHMARK(decryptOurs)->Name("Figure4_DesDecrypt/ours")->Unit(benchmark::kMillisecond);
-#ifdef SEAMREVISION_HAVE_LIBCRYPTO
-BENCHMARK(decryptLibcrypto)->Name("Figure4_DesDecrypt/libcrypto")->Unit(benchmark::kMillisecond);
-#endif
+
+} // namespace bench

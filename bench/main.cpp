@@ -27,6 +27,7 @@ int main(int argc, char **argv)
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 2;
+    bench::registerCipherCases();
     bench::registerSingleLayerCases();
     bench::registerLayeredCases();
     bench::registerBlendCases();

@@ -39,11 +39,17 @@ public:
 
     void move() const { moveSingleLayer(m_wall, m_database); }
 
-    /// The ratio of one round.
-    double ratio(bool startsWithOurs)
+    /// The ratio of one round, in which both sides run so many times.
+    double ratio(bool startsWithOurs, int times)
     {
-        const auto ours = [this] { revise(); };
-        const auto yardstick = [this] { move(); };
+        const auto ours = [this, times] {
+            for (int run = 0; run < times; ++run)
+                revise();
+        };
+        const auto yardstick = [this, times] {
+            for (int run = 0; run < times; ++run)
+                move();
+        };
         const double first = startsWithOurs ? millisecondsOf(ours) : millisecondsOf(yardstick);
         const double second = startsWithOurs ? millisecondsOf(yardstick) : millisecondsOf(ours);
         return startsWithOurs ? first / second : second / first;
@@ -136,11 +142,13 @@ void reviseIntoFiles(benchmark::State &state)
            timeInTurns([&] { benchmark::DoNotOptimize(ours().coefData.data()); }, yardstick));
 }
 
-/// Both walls in every round, so that whatever else the machine does meets both.
+/// Both walls in every round, so that whatever else the machine does meets both; the smaller one as
+/// often as makes up for its size.
 void growth(benchmark::State &state, int width, int height)
 {
     RevisedWall wall(width, height);
     RevisedWall base(3840, 2160);
+    const int times = std::max(1, 3840 * 2160 / (width * height));
     if (!wall.isRight() || !base.isRight()) {
         state.SkipWithError("the result is wrong");
         return;
@@ -148,7 +156,7 @@ void growth(benchmark::State &state, int width, int height)
     std::vector<double> growths;
     for (int round = 0; round <= roundCount(); ++round) {
         const bool startsWithOurs = round % 2 == 0;
-        const double growth = wall.ratio(startsWithOurs) / base.ratio(startsWithOurs);
+        const double growth = wall.ratio(startsWithOurs, times) / base.ratio(startsWithOurs, 1);
         if (round > 0)
             growths.push_back(growth);
     }
