@@ -66,7 +66,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t blockBytes = 256 * 1024;
+    static constexpr std::size_t blockBytes = std::size_t{256} * 1024;
     /// A sign and ten digits, or the end of a line.
     static constexpr std::size_t longestValue = std::numeric_limits<int>::digits10 + 2;
 

@@ -81,7 +81,7 @@ namespace avx2
 namespace
 {
 using Word = std::uint64_t __attribute__((vector_size(32)));
-#include "records/desbitslicekernel.inc"
+#include "records/desbitslicekernel.inc" // NOLINT(readability-duplicate-include): one source, two words
 } // namespace
 } // namespace avx2
 

@@ -236,7 +236,7 @@ TEST(Des, LibcryptoAgrees)
         ASSERT_TRUE(EVP_EncryptUpdate(context, theirs.data(), &written, message.data(),
                                       static_cast<int>(size)));
         ASSERT_TRUE(EVP_EncryptFinal_ex(context, theirs.data() + written, &rest));
-        theirs.resize(static_cast<std::size_t>(written + rest));
+        theirs.resize(std::size_t(written) + std::size_t(rest));
 
         Bytes ours;
         ASSERT_TRUE(DES().DESEncrypt(key, otherVector, message, ours));
