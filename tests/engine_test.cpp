@@ -1,18 +1,16 @@
-#include "coeffiles/coefcontainer.h"
-#include "multilayer/multilayerpartitionmerge.h"
 #include "testsupport.h"
 
 #include <QDir>
-#include <QTemporaryDir>
+#include <QRegularExpression>
 
 #include <gtest/gtest.h>
 
-#include <functional>
+#include <algorithm>
 #include <new>
 
+using wallmodel::Outcome;
 using wallmodel::Pixels;
 using wallmodel::Rect;
-using wallmodel::Zone;
 
 namespace
 {
@@ -24,498 +22,309 @@ int nothrowAllocationsLeft = -1;
 
 void *operator new(std::size_t size, const std::nothrow_t &) noexcept
 {
-    if (nothrowAllocationsLeft == 0)
-        return nullptr;
     if (nothrowAllocationsLeft > 0)
         --nothrowAllocationsLeft;
-    try {
-        return ::operator new(size);
-    } catch (...) {
+    else if (nothrowAllocationsLeft == 0)
         return nullptr;
-    }
+    return ::operator new(size); // nothing here needs more than there is
 }
 
 namespace
 {
 
-/// The engines with their steps in the open, and what differs between them in these tests.
-struct SingleLayer : PartitionMerge
-{
-    using PartitionMerge::AreaInfoToCoefZoneInfo;
-    using PartitionMerge::m_areas;
-    using PartitionMerge::m_screenRect;
-    using PartitionMerge::partitionCoefRevise;
-    using PartitionMerge::saveRevisedCoef;
-    using PartitionMerge::sendResult;
-    using PartitionMerge::startRevise;
-    using PartitionMerge::subInfoCoefToAreaCoef;
-    using ZoneType = CoefsZoneInfo;
-    static constexpr bool layered = false;
-    static constexpr int valuesPerPixel = 9;
-
-    static void fill(ZoneType &zone, const Pixels &pixels) { zone.m_arrayData = flat(pixels); }
-    static Pixels pixels(const ZoneType &zone) { return pixelsOf(zone.m_arrayData); }
-};
-
-struct Layered : MultiLayerPartitionMerge
-{
-    Layered()
-        : MultiLayerPartitionMerge({})
-    {
-    }
-    using MultiLayerPartitionMerge::partitionCoefRevise;
-    using MultiLayerPartitionMerge::saveRevisedCoef;
-    using MultiLayerPartitionMerge::startRevise;
-    using MultiLayerPartitionMerge::subInfoCoefToAreaCoef;
-    using PartitionMerge::m_screenRect;
-    using ZoneType = MultiLayerCoefZoneInfo;
-    static constexpr bool layered = true;
-    static constexpr int valuesPerPixel = 12;
-
-    static void fill(ZoneType &zone, const Pixels &pixels) { zone.m_multiLayerCoefs = pixels; }
-    static Pixels pixels(const ZoneType &zone) { return zone.m_multiLayerCoefs; }
-};
-
 template <typename Engine>
 class BothEngines : public ::testing::Test
 {
-public:
-    static typename Engine::ZoneType makeZone(const Rect &rect, int value)
+protected:
+    static constexpr bool layered = Engine::layers > 0;
+
+    /// A traced line with the number that it has in this engine.
+    static QString line(char level, const char *function, int singleTag, int layeredTag,
+                        const char *text)
     {
-        typename Engine::ZoneType zone;
-        setRect(zone, rect);
-        Engine::fill(zone, Pixels(rect.area(), std::vector<int>(Engine::valuesPerPixel, value)));
-        return zone;
+        return QString::asprintf("%c %sPartitionMerge::%s(%d): %s", level,
+                                 layered ? "MultiLayer" : "", function,
+                                 layered ? layeredTag : singleTag, text);
     }
 
-    /// "C PartitionMerge::startRevise(" and so on, as far as the tag.
-    static QString line(char level, const char *function, int tag, const char *text)
-    {
-        return QStringLiteral("%1 %2::%3(%4): %5")
-            .arg(QLatin1Char(level))
-            .arg(Engine::layered ? "MultiLayerPartitionMerge" : "PartitionMerge")
-            .arg(function)
-            .arg(tag)
-            .arg(text);
-    }
+    Engine engine;
+    LogCapture log;
 };
 
 using Engines = ::testing::Types<SingleLayer, Layered>;
 TYPED_TEST_SUITE(BothEngines, Engines, );
 
-/// A wall of 2 x 2 partitions of 4 x 3 pixels, all corrected, that a row of a table spoils.
-struct Revision
+void block(const Host &host, const char *single, const char *layered)
 {
-    explicit Revision(int valuesPerPixel)
-    {
-        for (int number = 1; number <= 4; ++number) {
-            const int top = number > 2 ? 3 : 0;
-            const int left = number % 2 == 0 ? 4 : 0;
-            rects[number] = {top, left, top + 2, left + 3};
-            const Rect whole{0, 0, 5, 7};
-            database.stored[number]
-                = {whole, Pixels(whole.area(), std::vector<int>(valuesPerPixel, 2000 + number))};
-        }
-        partitions = std::make_unique<Partitions>(rects);
-    }
-
-    std::map<int, Rect> rects;
-    MemoryDatabase database;
-    std::unique_ptr<Partitions> partitions;
-    NQRect screen{0, 0, 7, 5};
-    bool hasDatabase = true;
-    int allocations = -1;
-    const char *blockedFile = nullptr; ///< a directory of this name is in the way
-    int screenType = 0;
-};
+    QDir(host.path()).mkdir(host.wall.layers > 0 ? layered : single);
+}
 
 } // namespace
 
-TYPED_TEST(BothEngines, EveryFailureEndsWithItsCodeTextAndLineAndLeavesWhatWasWritten)
+TYPED_TEST(BothEngines, EveryFailureEndsWithItsCodeTextAndLineAndLeavesWhatWasThere)
 {
-    using Fault = MemoryDatabase::Fault;
-    constexpr bool layered = TypeParam::layered;
-    const auto traced = [&](char level, int singleTag, int layeredTag, const char *text) {
-        return TestFixture::line(level, "boundaryModifying", layered ? layeredTag : singleTag,
-                                 text);
+    const auto traced = [](char level, int singleTag, int layeredTag, const char *text) {
+        return TestFixture::line(level, "boundaryModifying", singleTag, layeredTag, text);
     };
+    const QString empty = traced('D', 82, 57, "Corrected partition is empty!");
     const QString nullRecord = traced('C', 99, 74, "The pSubAreaInfo is nullptr!");
+    const QString noSource
+        = traced('C', 256, 219, "coefFromDB or coefsZoneInfos.value(key.toInt()) is nullptr");
     const QString notSaved = QStringLiteral("D Save revised coefficient failed!");
     const QString exception = traced('C', 310, 272, "Unexpected exception!");
-    struct Row
+    const char *const neutral = TestFixture::layered ? "2_m 2_zip" : "2";
+    // Partition 2 is not corrected: its file is the first.
+    const struct
     {
-        const char *name;
-        std::function<void(Revision &)> spoil;
+        void (*spoil)(Host &);
         int code;
         const char *text;
         QString lastLine;
-        QStringList files = {};
-    };
-    const Row rows[] = {
-        {"no database", [](Revision &r) { r.hasDatabase = false; }, 3, "",
-         traced('C', 69, 43, "The pScreenDBManager is nullptr!")},
-        {"list fails", [](Revision &r) { r.database.fault = Fault::ListFails; }, 3341, "",
-         traced('D', 77, 52, "Read screen database failed!")},
-        {"nothing corrected", [](Revision &r) { r.database.stored.clear(); }, 1796, "",
-         traced('D', 82, 57, "Corrected partition is empty!")},
-        {"screen empty",
-         [](Revision &r) {
-             r.screen = {0, 0, -1, 5};
-         },
-         1796, "", traced('D', 82, 57, "Corrected partition is empty!")},
-        {"null record", [](Revision &r) { r.partitions->map["3"] = nullptr; }, 3, "3", nullRecord},
-        {"incomplete grid", [](Revision &r) { r.partitions->map.remove("4"); }, 3, "4", nullRecord},
-        {"no memory for a zone", [](Revision &r) { r.allocations = 1; }, 3, "2",
-         traced('C', 113, 89, "The pCoefsZoneInfo is nullptr!")},
-        {"no memory for the scratch zone", [](Revision &r) { r.allocations = 4; }, 3, "",
+        int corrected = 3; // partitions whose state says so in the end
+        QString files = {};
+    } rows[] = {
+        {[](Host &h) { h.hasDatabase = false; }, 3, "",
+         traced('C', 69, 43, "The pScreenDBManager is nullptr!"), 0},
+        {[](Host &h) { h.onList = [] { return 1; }; }, 3341, "",
+         traced('D', 77, 52, "Read screen database failed!"), 0},
+        {[](Host &h) { h.onList = []() -> int { throw 1; }; }, 3, "", exception, 0},
+        {[](Host &h) { h.wall.stored.clear(); }, 1796, "", empty, 0},
+        {[](Host &h) { h.wall.screen.right = -1; }, 1796, "", empty, 0},
+        {[](Host &h) { h.areas["3"] = nullptr; }, 3, "3", nullRecord, 1},
+        {[](Host &h) { h.areas.remove("4"); }, 3, "4", nullRecord, 2, neutral},
+        {[](Host &) { nothrowAllocationsLeft = 2; }, 3, "3",
+         traced('C', 113, 89, "The pCoefsZoneInfo is nullptr!"), 2},
+        {[](Host &) { nothrowAllocationsLeft = 4; }, 3, "",
          traced('C', 127, 101, "The pCoefsZoneInfo is nullptr!")},
-        {"no memory while saving", [](Revision &r) { r.allocations = layered ? 5 : 6; }, 3, "",
-         notSaved},
-        {"identity not saved",
-         [](Revision &r) {
-             r.database.stored.erase(2);
-             r.database.stored.erase(3);
-             r.screenType = 1;
-             r.blockedFile = layered ? "3_m" : "3";
-         },
-         1797, "3", traced('D', 164, 139, "Save combine area coefficient failed!"),
-         layered ? QStringList{"2_m", "2_zip"} : QStringList{"2"}},
-        {"absurd partition",
-         [](Revision &r) {
-             r.database.stored.erase(2);
-             r.screenType = 1;
-             *r.partitions->map["2"] = AreaInfoBase(1, INT_MIN, INT_MIN, INT_MAX, INT_MAX);
-         },
-         3, "", exception},
-        {"read fails", [](Revision &r) { r.database.fault = Fault::ReadFails; }, 1800, "1",
-         QStringLiteral("D Read current area cofficient failed!")},
-        {"stored zone empty", [](Revision &r) { r.database.stored[2].pixels.clear(); }, 3, "2",
-         traced('C', 256, 219, "coefFromDB or coefsZoneInfos.value(key.toInt()) is nullptr")},
-        {"file not saved",
-         [](Revision &r) {
-             r.screenType = 1;
-             r.blockedFile = layered ? "2_zip" : "2";
-         },
-         1797, "", notSaved, layered ? QStringList{"1_m", "1_zip", "2_m"} : QStringList{"1"}},
-        {"list throws", [](Revision &r) { r.database.fault = Fault::ListThrows; }, 3, "",
-         exception},
-        {"read throws", [](Revision &r) { r.database.fault = Fault::ReadThrows; }, 3, "",
-         exception},
+        {[](Host &h) { block(h, "2", "2_m"); }, 1797, "2",
+         traced('D', 164, 139, "Save combine area coefficient failed!")},
+        {[](Host &h) { *h.areas["2"] = AreaInfoBase(1, INT_MIN, INT_MIN, INT_MAX, INT_MAX); }, 3,
+         "", exception},
+        {[](Host &h) { h.onRead = [] { return -1; }; }, 1800, "1",
+         "D Read current area cofficient failed!", 3, neutral},
+        {[](Host &h) { h.onRead = []() -> int { throw 1; }; }, 3, "", exception, 3, neutral},
+        {[](Host &h) { h.wall.stored[3].pixels.clear(); }, 3, "3", noSource, 3, neutral},
+        {[](Host &h) { nothrowAllocationsLeft = h.wall.layers > 0 ? 5 : 6; }, 3, "", notSaved, 3,
+         neutral},
+        {[](Host &h) { block(h, "3", "3_zip"); }, 1797, "", notSaved, 3,
+         TestFixture::layered ? "1_m 1_zip 2_m 2_zip 3_m" : "1 2"},
     };
-    TypeParam engine;
-    for (const Row &row : rows) {
-        SCOPED_TRACE(row.name);
-        Revision revision(TypeParam::valuesPerPixel);
-        row.spoil(revision);
-        const QTemporaryDir directory;
-        if (revision.blockedFile)
-            QDir(directory.path()).mkdir(revision.blockedFile);
-        engine.setPScreenDb(revision.hasDatabase ? &revision.database : nullptr);
-        LogCapture log;
-        nothrowAllocationsLeft = revision.allocations;
-        const ST_ReviseResult result = engine.boundaryModifying(
-            directory.path(), enum_ScreenType(revision.screenType), revision.partitions->map,
-            {2, 2}, revision.screen, {1, 1}, 0);
+    for (const auto &row : rows) {
+        SCOPED_TRACE(&row - rows);
+        Host host(evenWall(2, 4, 3, 1, {2001, 2002, 2003, 2004}, TypeParam::layers));
+        host.wall.stored.erase(2);
+        host.wall.screenType = 1;
+        row.spoil(host);
+        const Outcome outcome = host.revise(this->engine);
         nothrowAllocationsLeft = -1;
 
-        EXPECT_EQ(result.errCode, row.code);
-        EXPECT_EQ(result.errMsg, row.text);
-        EXPECT_EQ(result.isSuccess, 0);
-        EXPECT_TRUE(result.coefData.empty() && result.multiLayerCoefData.empty()
-                    && result.zipCoefData.empty());
-        EXPECT_EQ(log.take().last(), row.lastLine);
-        EXPECT_EQ(QDir(directory.path()).entryList(QDir::Files), row.files);
+        EXPECT_EQ(outcome.code, row.code);
+        EXPECT_EQ(outcome.text, row.text);
+        EXPECT_EQ(outcome.log.last(), row.lastLine);
+        EXPECT_TRUE(outcome.table.empty() && outcome.packed.empty());
+        EXPECT_EQ(QDir(host.path()).entryList(QDir::Files).join(' '), row.files);
+        const auto isCorrected = [](const auto &state) { return state.second == 2; };
+        EXPECT_EQ(std::count_if(outcome.states.begin(), outcome.states.end(), isCorrected),
+                  row.corrected);
     }
 }
 
 TYPED_TEST(BothEngines, SeamLookupChecksInItsOrder)
 {
     // Partitions 1 and 2: c corrected, u uncorrected, 0 null, - missing; their zones: z, 0, -.
-    struct Row
+    const struct
     {
-        const char *areas;
-        const char *zones;
+        const char *areas, *zones;
         int current;
-        int code;
-        int tag; // of the single-layer engine
+        int tag; // 0 when it is no failure
         const char *line;
-    };
-    const Row rows[] = {
-        {"cc", "--", 3, 3, 321, "C The subarea index out of range!"},
-        {"-c", "--", 1, 3, 326, "W The subarea key out of range!"},
-        {"0c", "--", 1, 3, 333, "C The pAreaInfoBase is nullptr!"},
-        {"c-", "--", 1, 3, 338, "W The subarea key out of range!"},
-        {"c0", "--", 1, 3, 345, "C The pAreaInfoBase is nullptr!"},
-        {"uc", "--", 1, 0, 0, ""},
-        {"cu", "--", 1, 3, 353, "W The coefsZoneInfo key out of range!"},
-        {"cc", "0-", 1, 3, 359, "C The pCoefsZoneInfo is nullptr!"},
-        {"cu", "z-", 1, 0, 0, ""},
-        {"cc", "z-", 1, 3, 368, "W The coefsZoneInfo key out of range!"},
-        {"cc", "z0", 1, 3, 374, "C The pCoefsZoneInfo is nullptr!"},
+    } rows[] = {
+        {"cc", "--", 3, 321, "C The subarea index out of range!"},
+        {"-c", "--", 1, 326, "W The subarea key out of range!"},
+        {"0c", "--", 1, 333, "C The pAreaInfoBase is nullptr!"},
+        {"c-", "--", 1, 338, "W The subarea key out of range!"},
+        {"c0", "--", 1, 345, "C The pAreaInfoBase is nullptr!"},
+        {"uc", "--", 1, 0, ""},
+        {"cu", "--", 1, 353, "W The coefsZoneInfo key out of range!"},
+        {"cc", "0-", 1, 359, "C The pCoefsZoneInfo is nullptr!"},
+        {"cu", "z-", 1, 0, ""},
+        {"cc", "z-", 1, 368, "W The coefsZoneInfo key out of range!"},
+        {"cc", "z0", 1, 374, "C The pCoefsZoneInfo is nullptr!"},
     };
     AreaInfoBase corrected(0, 0, 0, 0, 0);
     corrected.setCorrectAreaStateType(SubAreaState_Corrected);
     AreaInfoBase uncorrected(1, 0, 0, 0, 0);
-    auto zone = TestFixture::makeZone({0, 0, 0, 0}, 1);
-    QMap<QString, AreaInfoBase *> areas;
-    QMap<int, typename TypeParam::ZoneType *> zones;
-    TypeParam engine;
-    LogCapture log;
-    for (const Row &row : rows) {
-        areas = {{"3", &corrected}};
-        zones.clear();
+    const std::map<char, AreaInfoBase *> records{
+        {'c', &corrected}, {'u', &uncorrected}, {'0', nullptr}};
+    typename TypeParam::Zone zone;
+    setRect(zone, {0, 0, 1, 0});
+    for (const auto &row : rows) {
+        QMap<QString, AreaInfoBase *> areas{{"3", &corrected}};
+        QMap<int, typename TypeParam::Zone *> zones;
         for (int i = 0; i < 2; ++i) {
             if (row.areas[i] != '-')
-                areas[QString::number(i + 1)] = row.areas[i] == 'c' ? &corrected
-                    : row.areas[i] == 'u'                           ? &uncorrected
-                                                                    : nullptr;
+                areas[QString::number(i + 1)] = records.at(row.areas[i]);
             if (row.zones[i] != '-')
                 zones[i + 1] = row.zones[i] == 'z' ? &zone : nullptr;
         }
-        EXPECT_EQ(engine.startRevise(ReviseDirection_Horizontal, row.current, row.current + 1,
-                                     areas, zones),
-                  row.code);
-        const int tag = row.tag + (TypeParam::layered ? 398 : 0);
-        const QStringList expected = row.code == 0
-            ? QStringList()
-            : QStringList(TestFixture::line(*row.line, "startRevise", tag, row.line + 2));
-        EXPECT_EQ(log.take().join('\n'), expected.join('\n')) << row.tag;
+        EXPECT_EQ(this->engine.startRevise(ReviseDirection_Horizontal, row.current, row.current + 1,
+                                           areas, zones),
+                  row.tag == 0 ? 0 : 3);
+        EXPECT_EQ(this->log.take().join('\n'),
+                  row.tag == 0 ? QString()
+                               : this->line(row.line[0], "startRevise", row.tag, row.tag + 398,
+                                            row.line + 2));
     }
-    // Every direction that is not horizontal is vertical: position 1 of 2 takes the mean.
-    auto upper = TestFixture::makeZone({0, 0, 1, 0}, 1000);
-    auto lower = TestFixture::makeZone({0, 0, 1, 0}, 3000);
-    areas["2"] = &corrected;
-    engine.startRevise(enum_ReviseDirection(7), 1, 2, areas, {{1, &upper}, {2, &lower}});
-    EXPECT_EQ(TypeParam::pixels(lower),
-              (Pixels{std::vector<int>(TypeParam::valuesPerPixel, 1000),
-                      std::vector<int>(TypeParam::valuesPerPixel, 2000)}));
+    // Every direction that is not horizontal is vertical; the zones have no pixels to blend.
+    this->engine.startRevise(enum_ReviseDirection(7), 1, 2, {{"1", &corrected}, {"2", &corrected}},
+                             {{1, &zone}, {2, &zone}});
+    EXPECT_TRUE(this->log.take().last().contains(TestFixture::layered ? "(690)" : "(590)"));
 }
 
 TEST(SingleLayerSeam, FailedCheckLeavesBothZonesUnchangedAndNamesTheFirstPixel)
 {
-    // Strips of two positions and two lines between zones of 4 x 2 pixels (18 values a row pair).
-    struct Row
+    // Strips of two positions and two lines between zones of 4 x 2 pixels. A pixel passes while it
+    // lacks one value at most.
+    const struct
     {
         int direction;
-        std::size_t currentValues;
-        std::size_t nextValues;
-        int code;
-        int tag; // of the line before the last; 505 where nothing failed
-    };
-    const Row rows[] = {
-        {0, 72, 72, 0, 505}, {0, 63, 72, 3, 544}, {0, 72, 45, 3, 549}, {0, 63, 0, 3, 549},
-        {0, 71, 72, 0, 505}, {0, 70, 72, 3, 544}, {1, 72, 72, 0, 505}, {1, 71, 72, 0, 505},
-        {1, 70, 72, 3, 590}, {1, 72, 70, 3, 595}, {1, 0, 0, 3, 590},   {2, 0, 0, 0, 505},
-        {0, 72, 53, 0, 505}, {-1, 0, 0, 0, 505},
+        std::size_t currentValues, nextValues;
+        int tag; // of the last line but one; 505 where nothing failed
+    } rows[] = {
+        {0, 72, 72, 505}, {0, 71, 53, 505}, {0, 70, 72, 544}, {0, 72, 52, 549},
+        {0, 63, 0, 549},  {1, 71, 71, 505}, {1, 70, 72, 590}, {1, 72, 70, 595},
+        {1, 0, 0, 590},   {2, 0, 0, 505},   {-1, 0, 0, 505},
     };
     SingleLayer engine;
     LogCapture log;
-    for (const Row &row : rows) {
-        SCOPED_TRACE(::testing::Message()
-                     << row.direction << ' ' << row.currentValues << ' ' << row.nextValues);
+    for (const auto &row : rows) {
+        SCOPED_TRACE(&row - rows);
+        const bool fails = row.tag != 505;
         CoefsZoneInfo current;
         CoefsZoneInfo next;
         setRect(current, {0, 0, 1, 3});
         setRect(next, row.direction == 1 ? Rect{0, 0, 1, 3} : Rect{0, 2, 1, 5});
         current.m_arrayData.assign(row.currentValues, 1000);
         next.m_arrayData.assign(row.nextValues, 3000);
-        const auto currentBefore = current.m_arrayData;
-        const auto nextBefore = next.m_arrayData;
-        EXPECT_EQ(
-            engine.partitionCoefRevise(&current, &next, enum_ReviseDirection(row.direction), 0),
-            row.code);
+        const auto before = std::make_pair(current.m_arrayData, next.m_arrayData);
+        const auto direction = enum_ReviseDirection(row.direction);
+        EXPECT_EQ(engine.partitionCoefRevise(&current, &next, direction, 0), fails ? 3 : 0);
         const QStringList lines = log.take();
-        const QString tag = QStringLiteral("(%1)").arg(row.tag);
-        EXPECT_TRUE(lines[row.code == 0 ? 0 : 1].contains(tag)) << lines.join('\n').toStdString();
-        EXPECT_TRUE(row.code != 0 || lines.last().contains("(612)"));
-        const bool blends = row.code == 0 && (row.direction == 0 || row.direction == 1);
-        EXPECT_EQ(current.m_arrayData != currentBefore, blends);
-        EXPECT_EQ(next.m_arrayData != nextBefore, blends);
+        EXPECT_TRUE(lines[fails ? 1 : 0].contains(QStringLiteral("(%1)").arg(row.tag)));
+        const bool blends = !fails && !before.first.empty();
+        EXPECT_EQ(current.m_arrayData != before.first, blends);
+        EXPECT_EQ(next.m_arrayData != before.second, blends);
     }
-    CoefsZoneInfo alone = BothEngines<SingleLayer>::makeZone({0, 0, 1, 1}, 65535);
-    const auto before = alone.m_arrayData;
-    EXPECT_EQ(engine.partitionCoefRevise(&alone, &alone, ReviseDirection_Vertical, 0), 0);
-    EXPECT_EQ(alone.m_arrayData, before);
-    EXPECT_EQ(engine.partitionCoefRevise(nullptr, nullptr, ReviseDirection_Vertical, 0), 3);
-    EXPECT_TRUE(log.take().last().contains("(509): The current pCoefsZoneInfo is nullptr!"));
-    EXPECT_EQ(engine.partitionCoefRevise(&alone, nullptr, ReviseDirection_Vertical, 0), 3);
-    EXPECT_TRUE(log.take().last().contains("(514): The next pCoefsZoneInfo is nullptr!"));
 }
 
 TEST(MultiLayerSeam, StopsInItsOrderAndKeepsWhatItHasBlended)
 {
     // Zones of 3 x 2 pixels, the whole of which is the strip; one value a pixel. Where a table is
     // too short, the order of lines and positions decides what is blended before the failure.
-    struct Row
+    const struct
     {
         int direction;
-        std::size_t currentRows;
-        std::size_t nextRows;
-        int code;
+        std::size_t currentRows, nextRows;
+        int tag; // of the last line
         std::vector<int> next;
-    };
-    const Row rows[] = {
-        {0, 6, 6, 0, {100, 133, 166, 100, 133, 166}},
-        {1, 6, 6, 0, {100, 100, 100, 150, 150, 150}},
-        {0, 5, 6, 0, {100, 133, 166, 100, 133, 200}},
-        {0, 3, 6, 3, {100, 133, 166, 200, 200, 200}},
-        {1, 5, 6, 0, {100, 100, 100, 150, 150, 200}},
-        {1, 3, 6, 3, {100, 100, 200, 200, 200, 200}},
-        {1, 6, 1, 3, {100}},
-        {2, 1, 1, 0, {200}},
+    } rows[] = {
+        {0, 6, 6, 706, {100, 133, 166, 100, 133, 166}},
+        {1, 6, 6, 706, {100, 100, 100, 150, 150, 150}},
+        {0, 5, 6, 706, {100, 133, 166, 100, 133, 200}},
+        {0, 3, 6, 655, {100, 133, 166, 200, 200, 200}},
+        {1, 5, 6, 706, {100, 100, 100, 150, 150, 200}},
+        {1, 3, 6, 690, {100, 100, 200, 200, 200, 200}},
+        {1, 6, 1, 690, {100}},
+        {2, 1, 1, 706, {200}},
     };
     Layered engine;
     LogCapture log;
-    for (const Row &row : rows) {
-        SCOPED_TRACE(::testing::Message() << row.direction << ' ' << row.currentRows);
+    for (const auto &row : rows) {
+        SCOPED_TRACE(&row - rows);
         MultiLayerCoefZoneInfo current;
         MultiLayerCoefZoneInfo next;
         setRect(current, {0, 0, 1, 2});
         setRect(next, {0, 0, 1, 2});
         current.m_multiLayerCoefs.assign(row.currentRows, {100, 7});
         next.m_multiLayerCoefs.assign(row.nextRows, {200});
-        EXPECT_EQ(
-            engine.partitionCoefRevise(&current, &next, enum_ReviseDirection(row.direction), 0),
-            row.code);
+        const auto direction = enum_ReviseDirection(row.direction);
+        EXPECT_EQ(engine.partitionCoefRevise(&current, &next, direction, 0),
+                  row.tag == 706 ? 0 : 3);
+        EXPECT_TRUE(log.take().last().contains(QStringLiteral("(%1)").arg(row.tag)));
         for (std::size_t pixel = 0; pixel < row.next.size(); ++pixel)
             EXPECT_EQ(next.m_multiLayerCoefs[pixel], std::vector<int>{row.next[pixel]}) << pixel;
-        const QString last = log.take().last();
-        const char *const failure = row.direction == 0 ? "(655)" : "(690)";
-        EXPECT_TRUE(last.contains(row.code == 0 ? "(706)" : failure)) << last.toStdString();
     }
-    // The sum of the only position of a strip of width 1 is one more than an int holds.
-    MultiLayerCoefZoneInfo current;
-    MultiLayerCoefZoneInfo next;
-    current.m_multiLayerCoefs = next.m_multiLayerCoefs = {{INT_MAX, INT_MIN, 5}};
-    EXPECT_EQ(engine.partitionCoefRevise(&current, &next, ReviseDirection_Horizontal, 0), 0);
-    EXPECT_EQ(next.m_multiLayerCoefs, (Pixels{{INT_MIN, INT_MIN, 5}}));
-    EXPECT_EQ(engine.partitionCoefRevise(&current, nullptr, ReviseDirection_Horizontal, 0), 3);
-    EXPECT_TRUE(log.take().last().contains("(628): The currentArea or nextArea is nullptr!"));
 }
 
-TYPED_TEST(BothEngines, SavingPlacesWhatFitsAndStopsAtTheFirstValueThatDoesNot)
+TYPED_TEST(BothEngines, StepsNameWhatTheyLack)
 {
-    constexpr bool layered = TypeParam::layered;
-    Partitions partitions({{1, {0, 0, 1, 1}}, {2, {0, 2, 1, 3}}});
-    for (AreaInfoBase *area : partitions.map)
-        area->setCorrectAreaStateType(SubAreaState_Corrected);
-    auto first = TestFixture::makeZone({0, 0, 1, 1}, 5000);
-    auto second = TestFixture::makeZone({0, 2, 1, 3}, -5);
-    first.setAreaID("1");
-    second.setAreaID("2");
-    typename TypeParam::ZoneType empty;
-    empty.setAreaID("9");
-    struct Row
-    {
-        QMap<int, typename TypeParam::ZoneType *> zones;
-        NQRect screen;
-        std::size_t pixels; // of the result's table
-        int code;
-        int singleTag;
-        int layeredTag;
-        int firstValue; // of the result's table
-    };
-    const Row rows[] = {
-        {{{1, &first}, {2, &second}}, {0, 0, 3, 1}, 8, 0, 0, 0, layered ? 4096 : 2457},
-        {{{1, &first}, {2, &second}}, {0, 0, 3, 1}, 3, 1804, 733, 352, 5000},
-        {{{2, &second}, {1, &first}}, {2, 0, 3, 1}, 4, 1804, 733, 352, 9},
-        {{{3, &empty}}, {0, 0, 3, 1}, 1, 0, 0, 0, 9},
-        {{{1, nullptr}}, {0, 0, 3, 1}, 1, 3, 634, 294, 9},
-        {{}, {0, 0, 3, 1}, 1, 3, 624, 283, 9},
-    };
-    TypeParam engine;
-    LogCapture log;
-    for (const Row &row : rows) {
-        engine.m_screenRect = row.screen;
-        ST_ReviseResult result;
-        result.rect = row.screen;
-        result.coefData.assign(row.pixels * 9, 9);
-        result.multiLayerCoefData.assign(row.pixels, std::vector<int>(12, 9));
-        const auto code = engine.saveRevisedCoef(row.zones, partitions.map, QString(),
-                                                 enum_ScreenType(0), result);
-        EXPECT_EQ(code, row.code);
-        EXPECT_EQ(layered ? result.multiLayerCoefData[0][0] : result.coefData[0], row.firstValue);
-        const QStringList lines = log.take();
-        const int tag = layered ? row.layeredTag : row.singleTag;
-        EXPECT_TRUE(tag == 0 || lines.last().contains(QStringLiteral("(%1)").arg(tag)))
-            << lines.join('\n').toStdString();
-    }
-    partitions.map.remove("2");
-    ST_ReviseResult result;
-    EXPECT_EQ(engine.saveRevisedCoef({{2, &second}}, partitions.map, QString(), enum_ScreenType(0),
-                                     result),
-              3);
-    EXPECT_TRUE(log.take().last().contains("The pAreaInfoBase is nullptr!"));
-}
-
-TYPED_TEST(BothEngines, CopyReportsNullEmptyAndShortSources)
-{
-    constexpr bool layered = TypeParam::layered;
-    auto whole = TestFixture::makeZone({0, 0, 1, 1}, 5);
-    auto shorter = TestFixture::makeZone({0, 0, 0, 1}, 5);
-    setRect(shorter, {0, 0, 1, 1});
-    typename TypeParam::ZoneType empty;
-    auto area = TestFixture::makeZone({1, 1, 1, 1}, 7);
-    struct Row
-    {
-        typename TypeParam::ZoneType *source;
-        typename TypeParam::ZoneType *target;
-        char level;
-        int singleTag;
-        int layeredTag;
-        const char *text;
-    };
-    const Row rows[] = {
-        {nullptr, nullptr, 'C', 451, 560, "The subInfoCoef is nullptr!"},
-        {&whole, nullptr, 'C', 456, 565, "The areaCoef is nullptr!"},
-        {&empty, &area, 'W', 461, 570, "The subInfoCoef is empty!"},
-        {&shorter, &area, 'C', 484, 598, "The index out of range!"},
-    };
-    TypeParam engine;
-    LogCapture log;
-    for (const Row &row : rows) {
-        EXPECT_FALSE(engine.subInfoCoefToAreaCoef(row.source, row.target));
-        const int tag = layered ? row.layeredTag : row.singleTag;
-        EXPECT_EQ(log.take().last(),
-                  TestFixture::line(row.level, "subInfoCoefToAreaCoef", tag, row.text));
-    }
-    EXPECT_EQ(area.m_arrayData.size(), layered ? 0U : 9U);
-}
-
-TEST(SingleLayerEngine, RectangleOfAPartitionNeedsBothRecords)
-{
-    SingleLayer engine;
-    CoefsZoneInfo zone;
+    TypeParam &steps = this->engine;
     AreaInfoBase area(6, INT_MIN, 10, INT_MAX, 10);
+    typename TypeParam::Zone zone;
+    setPixels(zone, Pixels(1, std::vector<int>(12, 1)));
+    setRect(zone, {0, 10, 0, 10});
+    zone.setAreaID("7");
     int width = -1;
     int height = -1;
-    LogCapture log;
-    engine.AreaInfoToCoefZoneInfo(nullptr, &area, width, height);
-    EXPECT_TRUE(log.take().last().endsWith("(839): coefZoneInfo is nullptr!"));
-    engine.AreaInfoToCoefZoneInfo(&zone, nullptr, width, height);
-    EXPECT_TRUE(log.take().last().endsWith("(844): coefZoneInfo is nullptr!"));
+    ST_ReviseResult result;
+    QMap<QString, AreaInfoBase *> areas;
+    const auto save = [&](const QMap<int, typename TypeParam::Zone *> &zones) {
+        return steps.saveRevisedCoef(zones, areas, QString(), enum_ScreenType(0), result);
+    };
+    EXPECT_FALSE(steps.subInfoCoefToAreaCoef(nullptr, &zone));
+    EXPECT_FALSE(steps.subInfoCoefToAreaCoef(&zone, nullptr));
+    EXPECT_FALSE(steps.readCofficients(&zone, &area));
+    EXPECT_EQ(steps.partitionCoefRevise(nullptr, &zone, ReviseDirection_Vertical, 0), 3);
+    EXPECT_EQ(steps.partitionCoefRevise(&zone, nullptr, ReviseDirection_Vertical, 0), 3);
+    EXPECT_EQ(save({}), 3);
+    EXPECT_EQ(save({{1, nullptr}}), 3);
+    EXPECT_EQ(save({{1, &zone}}), 3);
+    steps.AreaInfoToCoefZoneInfo(nullptr, &area, width, height);
+    steps.AreaInfoToCoefZoneInfo(&zone, nullptr, width, height);
     EXPECT_EQ(std::make_pair(width, height), std::make_pair(-1, -1));
-    engine.AreaInfoToCoefZoneInfo(&zone, &area, width, height);
+    // A table without the pixel behind its end, and one without the pixel before its start.
+    areas["7"] = &area;
+    area.setCorrectAreaStateType(SubAreaState_Corrected);
+    steps.m_screenRect = {10, 0, 10, 0};
+    EXPECT_EQ(save({{1, &zone}}), 1804);
+    result.coefData.resize(9);
+    result.multiLayerCoefData.resize(1);
+    steps.m_screenRect = {11, 0, 11, 0};
+    EXPECT_EQ(save({{1, &zone}}), 1804);
+
+    const char *const noPair = "The currentArea or nextArea is nullptr!";
+    const QStringList expected{
+        this->line('C', "subInfoCoefToAreaCoef", 451, 560, "The subInfoCoef is nullptr!"),
+        this->line('C', "subInfoCoefToAreaCoef", 456, 565, "The areaCoef is nullptr!"),
+        this->line('C', "readCofficients", 867, 531, "Database management object is nullter!"),
+        this->line('C', "partitionCoefRevise", 509, 628,
+                   this->layered ? noPair : "The current pCoefsZoneInfo is nullptr!"),
+        this->line('C', "partitionCoefRevise", 514, 628,
+                   this->layered ? noPair : "The next pCoefsZoneInfo is nullptr!"),
+        this->line('W', "saveRevisedCoef", 624, 283, "The coefsZoneInfo map is empty!"),
+        this->line('C', "saveRevisedCoef", 634, 294, "The pCoefsZoneInfo is nullptr!"),
+        this->line('C', "saveRevisedCoef", 646, 306, "The pAreaInfoBase is nullptr!"),
+        "C PartitionMerge::AreaInfoToCoefZoneInfo(839): coefZoneInfo is nullptr!",
+        "C PartitionMerge::AreaInfoToCoefZoneInfo(844): coefZoneInfo is nullptr!",
+        this->line('C', "saveRevisedCoef", 733, 352, "Index out of range!"),
+        this->line('C', "saveRevisedCoef", 733, 352, "Index out of range!")};
+    EXPECT_EQ(this->log.take().filter(QRegularExpression("^[CW]")).join('\n'), expected.join('\n'));
+
+    steps.AreaInfoToCoefZoneInfo(&zone, &area, width, height);
     EXPECT_EQ(std::make_pair(width, height), std::make_pair(1, INT_MAX));
-    EXPECT_EQ(zone.getAreaID(), QStringLiteral("7"));
 }
 
 TEST(MultiLayerEngine, LayerCountsBelowOneEndWithoutACrash)
 {
     for (const int layers : {0, -1, INT_MIN}) {
-        Revision revision(12);
-        revision.database.stored.erase(4);
-        revision.screenType = layers == 0 ? 1 : 0;
-        const QTemporaryDir directory;
+        Host host(evenWall(2, 4, 3, 1, {2001, 2002, 2003, 2004}, 4));
+        host.wall.stored.erase(4);
+        host.wall.screenType = layers == 0 ? 1 : 0;
         Layered engine;
         engine.setLayerSize(layers);
-        engine.setPScreenDb(&revision.database);
-        LogCapture log;
-        const ST_ReviseResult result = engine.boundaryModifying(
-            directory.path(), enum_ScreenType(revision.screenType), revision.partitions->map,
-            {2, 2}, revision.screen, {1, 1}, 0);
-        EXPECT_EQ(result.errCode, 0);
-        EXPECT_EQ(revision.database.askedLayers, static_cast<unsigned int>(layers));
-        EXPECT_TRUE(result.zipCoefData.empty());
+        const Outcome outcome = host.revise(engine);
+        EXPECT_EQ(outcome.code, 0);
+        EXPECT_EQ(host.askedLayers, static_cast<unsigned int>(layers));
+        EXPECT_TRUE(outcome.packed.empty());
     }
 }

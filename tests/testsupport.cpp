@@ -1,121 +1,133 @@
 #include "testsupport.h"
 
 #include "records/des.h"
-#include "records/localconfig.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QTextCodec>
+
+#include <gtest/gtest.h>
 
 #include <stdexcept>
 
-namespace
-{
+using wallmodel::Pixels;
+using wallmodel::Rect;
+using wallmodel::Wall;
 
-QStringList &capturedLines()
+int main(int argc, char **argv)
 {
-    static QStringList lines;
-    return lines;
+    ::testing::InitGoogleTest(&argc, argv);
+    const QCoreApplication application(argc, argv);
+    // As hosts do: dumps have Chinese names, and the tests run in the plain C locale.
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+    return RUN_ALL_TESTS();
 }
-
-void capture(QtMsgType type, const QMessageLogContext &, const QString &text)
-{
-    const char *const level = type == QtCriticalMsg ? "C " : type == QtWarningMsg ? "W " : "D ";
-    capturedLines() << QLatin1String(level) + text;
-}
-
-} // namespace
 
 LogCapture::LogCapture()
 {
-    capturedLines().clear();
-    qInstallMessageHandler(capture);
+    s_lines.clear();
+    qInstallMessageHandler([](QtMsgType type, const QMessageLogContext &, const QString &text) {
+        s_lines << (type == QtCriticalMsg ? "C " : type == QtWarningMsg ? "W " : "D ") + text;
+    });
 }
 
-LogCapture::~LogCapture()
+Wall evenWall(int gridCols, int partitionWidth, int partitionHeight, int band,
+              const std::vector<int> &values, int layers)
 {
-    qInstallMessageHandler(nullptr);
+    Wall wall;
+    wall.layers = layers;
+    wall.gridCols = gridCols;
+    wall.gridRows = static_cast<int>(values.size()) / gridCols;
+    wall.bandCols = wall.bandRows = band;
+    wall.screen = {0, 0, wall.gridRows * partitionHeight - 1, gridCols * partitionWidth - 1};
+    for (int i = 0; i < gridCols * wall.gridRows; ++i) {
+        const int top = i / gridCols * partitionHeight;
+        const int left = i % gridCols * partitionWidth;
+        const std::vector<int> pixel(wall.valuesPerPixel(), values[i]);
+        wall.partitions[i + 1] = {top, left, top + partitionHeight - 1, left + partitionWidth - 1};
+        wall.stored[i + 1] = {wall.screen, Pixels(wall.screen.area(), pixel)};
+    }
+    return wall;
 }
 
-QStringList LogCapture::take()
+Host::Host(const Wall &hostWall)
+    : wall(hostWall)
 {
-    QStringList lines;
-    lines.swap(capturedLines());
-    return lines;
-}
-
-ExportTo::ExportTo(const QString &directory)
-{
-    LocalConfig::getInstance().setExportDataDir(directory);
-    LocalConfig::getInstance().setExportData(true);
-}
-
-ExportTo::~ExportTo()
-{
-    LocalConfig::getInstance().setExportData(false);
-}
-
-int MemoryDatabase::listed()
-{
-    if (fault == Fault::ListThrows)
-        throw std::runtime_error("database gone");
-    return fault == Fault::ListFails ? 1 : 0;
-}
-
-int MemoryDatabase::ReadAllIDAreaCoefIDs(QMap<int, CoefsZoneInfo *> &zones)
-{
-    // Zones handed out before a failure are the caller's too.
-    for (const auto &entry : stored)
-        zones.insert(entry.first, new CoefsZoneInfo());
-    return listed();
-}
-
-int MemoryDatabase::ReadMultiLayerAllCorrectedAreaIDs(std::vector<int> &numbers)
-{
-    for (const auto &entry : stored)
-        numbers.push_back(entry.first);
-    return listed();
-}
-
-int MemoryDatabase::found(int number, ZoneBaseInfo &zone)
-{
-    if (fault == Fault::ReadThrows)
-        throw std::bad_alloc();
-    const auto entry = stored.find(number);
-    if (fault == Fault::ReadFails || entry == stored.end())
-        return -1;
-    setRect(zone, entry->second.rect);
-    return 0;
-}
-
-int MemoryDatabase::readAreaCoefficients(int number, CoefsZoneInfo &zone)
-{
-    const int code = found(number, zone);
-    if (code == 0)
-        zone.m_arrayData = flat(stored.at(number).pixels);
-    return code;
-}
-
-int MemoryDatabase::readMultiLayerAreaCoefficients(const unsigned int &layerSize,
-                                                   const unsigned int &number,
-                                                   MultiLayerCoefZoneInfo &zone)
-{
-    askedLayers = layerSize;
-    const int code = found(static_cast<int>(number), zone);
-    if (code == 0)
-        zone.m_multiLayerCoefs = stored.at(static_cast<int>(number)).pixels;
-    return code;
-}
-
-Partitions::Partitions(const std::map<int, wallmodel::Rect> &rects)
-{
-    for (const auto &[number, rect] : rects) {
-        m_records.push_back(std::make_unique<AreaInfoBase>(number - 1, rect.top, rect.left,
-                                                           rect.bottom, rect.right));
-        map.insert(QString::number(number), m_records.back().get());
+    for (const auto &[number, rect] : wall.partitions) {
+        const AreaInfoBase area(number - 1, rect.top, rect.left, rect.bottom, rect.right);
+        areas[QString::number(number)] = &m_records.emplace(number, area).first->second;
     }
 }
 
-void setRect(ZoneBaseInfo &zone, const wallmodel::Rect &rect)
+wallmodel::Outcome Host::revise(PartitionMerge &engine)
+{
+    const QTemporaryDir dumps;
+    const ExportTo exporting(dumps.path());
+    LogCapture log;
+    const Rect &screen = wall.screen;
+    engine.setPScreenDb(hasDatabase ? this : nullptr);
+    const ST_ReviseResult result = engine.boundaryModifying(
+        path(), enum_ScreenType(wall.screenType), areas, {wall.gridCols, wall.gridRows},
+        {screen.left, screen.top, screen.right, screen.bottom}, {wall.bandCols, wall.bandRows},
+        wall.margin);
+
+    wallmodel::Outcome outcome;
+    outcome.log = log.take();
+    outcome.code = result.errCode;
+    outcome.text = result.errMsg;
+    EXPECT_EQ(result.isSuccess, result.errCode == ErrCode_Success);
+    EXPECT_EQ(result.rect.left(), screen.left);
+    outcome.table = wall.layers > 0 ? result.multiLayerCoefData : pixelsOf(result.coefData);
+    EXPECT_TRUE(wall.layers > 0 ? result.coefData.empty() : result.multiLayerCoefData.empty());
+    outcome.packed = result.zipCoefData;
+    outcome.dumps = filesIn(dumps.path());
+    for (const auto &[name, content] : filesIn(path()))
+        outcome.files[name] = decrypted(content);
+    for (const auto &[number, record] : m_records)
+        outcome.states[number] = record.getCorrectAreaStateType();
+    return outcome;
+}
+
+int Host::ReadAllIDAreaCoefIDs(QMap<int, CoefsZoneInfo *> &zones)
+{
+    // Zones handed out before a failure are the caller's too.
+    for (const auto &entry : wall.stored)
+        zones.insert(entry.first, new CoefsZoneInfo());
+    return onList();
+}
+
+int Host::ReadMultiLayerAllCorrectedAreaIDs(std::vector<int> &numbers)
+{
+    for (const auto &entry : wall.stored)
+        numbers.push_back(entry.first);
+    return onList();
+}
+
+template <typename AnyZone>
+int Host::read(int number, AnyZone &zone) const
+{
+    const auto stored = wall.stored.find(number);
+    if (stored == wall.stored.end())
+        return -1;
+    setRect(zone, stored->second.rect);
+    setPixels(zone, stored->second.pixels);
+    return onRead();
+}
+
+int Host::readAreaCoefficients(int number, CoefsZoneInfo &zone)
+{
+    return read(number, zone);
+}
+
+int Host::readMultiLayerAreaCoefficients(const unsigned int &layerSize, const unsigned int &number,
+                                         MultiLayerCoefZoneInfo &zone)
+{
+    askedLayers = layerSize;
+    return read(static_cast<int>(number), zone);
+}
+
+void setRect(ZoneBaseInfo &zone, const Rect &rect)
 {
     zone.setBegPixRow(rect.top);
     zone.setBegPixCol(rect.left);
@@ -123,17 +135,21 @@ void setRect(ZoneBaseInfo &zone, const wallmodel::Rect &rect)
     zone.setEndPixCol(rect.right);
 }
 
-std::vector<unsigned short> flat(const wallmodel::Pixels &pixels)
+void setPixels(CoefsZoneInfo &zone, const Pixels &pixels)
 {
-    std::vector<unsigned short> values;
+    zone.m_arrayData.clear();
     for (const std::vector<int> &pixel : pixels)
-        values.insert(values.end(), pixel.begin(), pixel.end());
-    return values;
+        zone.m_arrayData.insert(zone.m_arrayData.end(), pixel.begin(), pixel.end());
 }
 
-wallmodel::Pixels pixelsOf(const std::vector<unsigned short> &values)
+void setPixels(MultiLayerCoefZoneInfo &zone, const Pixels &pixels)
 {
-    wallmodel::Pixels pixels;
+    zone.m_multiLayerCoefs = pixels;
+}
+
+Pixels pixelsOf(const std::vector<unsigned short> &values)
+{
+    Pixels pixels;
     for (std::size_t first = 0; first < values.size(); first += 9)
         pixels.emplace_back(values.begin() + first, values.begin() + first + 9);
     return pixels;

@@ -1,19 +1,18 @@
 #pragma once
 
-#include "records/areainfobase.h"
-#include "records/coefszoneinfo.h"
+#include "multilayer/multilayerpartitionmerge.h"
+#include "records/localconfig.h"
 #include "records/multilayercoefzoneinfo.h"
 #include "records/screendatabasemanager.h"
 #include "wallmodel.h"
 
-#include <QMap>
-#include <QString>
-#include <QStringList>
+#include <QTemporaryDir>
 
-#include <memory>
+#include <functional>
 #include <ostream>
+#include <utility>
 
-/// What several tests share.
+/// What several tests share; testsupport.cpp also has their main().
 
 /// Prints readable text where a comparison fails.
 inline void PrintTo(const QString &text, std::ostream *out)
@@ -21,46 +20,47 @@ inline void PrintTo(const QString &text, std::ostream *out)
     *out << text.toStdString();
 }
 
-/// Collects log lines, "D ", "W " or "C " and the text, while it lives.
+/// Collects log lines, "D ", "W " or "C " and the text, while it lives; one at a time.
 class LogCapture
 {
 public:
     LogCapture();
-    ~LogCapture();
-    LogCapture(const LogCapture &) = delete;
-    LogCapture &operator=(const LogCapture &) = delete;
+    ~LogCapture() { qInstallMessageHandler(nullptr); }
 
     /// The lines so far; the next call starts anew.
-    QStringList take();
+    QStringList take() { return std::exchange(s_lines, {}); }
+
+private:
+    inline static QStringList s_lines;
 };
 
 /// Switches dumps on for a directory while it lives.
 class ExportTo
 {
 public:
-    explicit ExportTo(const QString &directory);
-    ~ExportTo();
-    ExportTo(const ExportTo &) = delete;
-    ExportTo &operator=(const ExportTo &) = delete;
+    explicit ExportTo(const QString &directory)
+    {
+        LocalConfig::getInstance().setExportDataDir(directory);
+        LocalConfig::getInstance().setExportData(true);
+    }
+    ~ExportTo() { LocalConfig::getInstance().setExportData(false); }
 };
 
-/// A screen database in memory, with faults on demand.
-class MemoryDatabase : public ScreenDataBaseManager
+/// A wall of partitions of one size, one for each value; every zone is the whole screen and has
+/// that value throughout.
+wallmodel::Wall evenWall(int gridCols, int partitionWidth, int partitionHeight, int band,
+                         const std::vector<int> &values, int layers = 0);
+
+/// A host of a wall: its screen database, with faults on demand, the records of its partitions and
+/// an output directory.
+class Host : public ScreenDataBaseManager
 {
 public:
-    enum class Fault
-    {
-        None,
-        ListFails,
-        ListThrows,
-        ReadFails,
-        ReadThrows
-    };
+    explicit Host(const wallmodel::Wall &wall);
 
-    explicit MemoryDatabase(std::map<int, wallmodel::Zone> zones = {})
-        : stored(std::move(zones))
-    {
-    }
+    /// Runs an engine and collects what can be seen.
+    wallmodel::Outcome revise(PartitionMerge &engine);
+    QString path(const char *name = "") const { return m_directory.filePath(name); }
 
     int ReadAllIDAreaCoefIDs(QMap<int, CoefsZoneInfo *> &zones) override;
     int readAreaCoefficients(int number, CoefsZoneInfo &zone) override;
@@ -68,29 +68,59 @@ public:
     int readMultiLayerAreaCoefficients(const unsigned int &layerSize, const unsigned int &number,
                                        MultiLayerCoefZoneInfo &zone) override;
 
-    std::map<int, wallmodel::Zone> stored;
-    Fault fault = Fault::None;
+    wallmodel::Wall wall;
+    QMap<QString, AreaInfoBase *> areas;
+    bool hasDatabase = true;
+    std::function<int()> onList = [] { return 0; }; ///< what the database answers at last
+    std::function<int()> onRead = onList;
     unsigned int askedLayers = 0;
 
 private:
-    int listed();
-    int found(int number, ZoneBaseInfo &zone);
+    template <typename AnyZone>
+    int read(int number, AnyZone &zone) const;
+
+    const QTemporaryDir m_directory;
+    std::map<int, AreaInfoBase> m_records;
 };
 
-/// The host's records of a wall's partitions, with their map.
-class Partitions
+/// The engines with their steps in the open, and what differs between them in tests.
+struct SingleLayer : PartitionMerge
 {
-public:
-    explicit Partitions(const std::map<int, wallmodel::Rect> &rects);
+    using PartitionMerge::AreaInfoToCoefZoneInfo;
+    using PartitionMerge::m_areas;
+    using PartitionMerge::m_screenRect;
+    using PartitionMerge::partitionCoefRevise;
+    using PartitionMerge::readCofficients;
+    using PartitionMerge::saveCombineAreaCoef;
+    using PartitionMerge::saveRevisedCoef;
+    using PartitionMerge::startRevise;
+    using PartitionMerge::subInfoCoefToAreaCoef;
+    using Zone = CoefsZoneInfo;
+    static constexpr int layers = 0;
+};
 
-    QMap<QString, AreaInfoBase *> map;
-
-private:
-    std::vector<std::unique_ptr<AreaInfoBase>> m_records;
+struct Layered : MultiLayerPartitionMerge
+{
+    Layered()
+        : MultiLayerPartitionMerge({})
+    {
+    }
+    using MultiLayerPartitionMerge::partitionCoefRevise;
+    using MultiLayerPartitionMerge::readCofficients;
+    using MultiLayerPartitionMerge::saveCombineAreaCoef;
+    using MultiLayerPartitionMerge::saveRevisedCoef;
+    using MultiLayerPartitionMerge::startRevise;
+    using MultiLayerPartitionMerge::subInfoCoefToAreaCoef;
+    using PartitionMerge::AreaInfoToCoefZoneInfo;
+    using PartitionMerge::m_areas;
+    using PartitionMerge::m_screenRect;
+    using Zone = MultiLayerCoefZoneInfo;
+    static constexpr int layers = 4;
 };
 
 void setRect(ZoneBaseInfo &zone, const wallmodel::Rect &rect);
-std::vector<unsigned short> flat(const wallmodel::Pixels &pixels);
+void setPixels(CoefsZoneInfo &zone, const wallmodel::Pixels &pixels);
+void setPixels(MultiLayerCoefZoneInfo &zone, const wallmodel::Pixels &pixels);
 wallmodel::Pixels pixelsOf(const std::vector<unsigned short> &values);
 
 QByteArray readFile(const QString &path);

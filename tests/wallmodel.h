@@ -4,6 +4,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <algorithm>
 #include <map>
 #include <vector>
 
@@ -17,17 +18,15 @@ using Pixels = std::vector<std::vector<int>>;
 /// Edges in screen pixels, all included.
 struct Rect
 {
-    int top;
-    int left;
-    int bottom;
-    int right;
+    int top, left, bottom, right;
 
-    int width() const { return right - left + 1; }
-    int height() const { return bottom - top + 1; }
+    int width() const { return std::max(0, right - left + 1); }
+    int height() const { return std::max(0, bottom - top + 1); }
     int area() const { return width() * height(); }
-    bool contains(int row, int col) const
+    /// Where a pixel comes, row by row; pixels before the first come behind every table.
+    std::size_t index(int row, int col) const
     {
-        return row >= top && row <= bottom && col >= left && col <= right;
+        return static_cast<std::size_t>((row - top) * width() + col - left);
     }
 };
 
@@ -39,19 +38,16 @@ struct Zone
 
 struct Wall
 {
-    bool layered;
-    int layers;
-    Rect screen;
-    int gridCols;
-    int gridRows;
-    int bandCols;
-    int bandRows;
-    int margin;
-    int screenType;
+    int layers = 0; ///< none with the single-layer engine
+    Rect screen{};
+    int gridCols = 1, gridRows = 1;
+    int bandCols = 0, bandRows = 0;
+    int margin = 0;
+    int screenType = 0;
     std::map<int, Rect> partitions; ///< every number of the grid
     std::map<int, Zone> stored;     ///< the corrected ones, as in the database
 
-    int valuesPerPixel() const { return layered ? 3 * layers : 9; }
+    int valuesPerPixel() const { return layers > 0 ? 3 * layers : 9; }
 };
 
 /// Everything that a host can see of a revision.
@@ -68,8 +64,5 @@ struct Outcome
 };
 
 Outcome revise(const Wall &wall);
-
-/// One value of a ramp across a strip.
-int blend(int a, int b, int position, int width, bool layered);
 
 } // namespace wallmodel
