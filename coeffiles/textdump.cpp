@@ -48,9 +48,9 @@ public:
         , m_block(blockBytes + longestValue + separatorBytes())
     {
     }
-    ~DumpWriter() { flush(); }
     DumpWriter(const DumpWriter &) = delete;
     DumpWriter &operator=(const DumpWriter &) = delete;
+    ~DumpWriter() = default;
 
     void headerLine(const QString &header)
     {
@@ -63,6 +63,13 @@ public:
     {
         std::for_each(values, values + valueCount, [this](Value value) { append(value); });
         endLine();
+    }
+
+    /// Hands what is left to the file. Not the destructor's work: the file may throw.
+    void flush()
+    {
+        m_file.write(m_block.data(), static_cast<qint64>(m_used));
+        m_used = 0;
     }
 
 private:
@@ -105,12 +112,6 @@ private:
             flush();
     }
 
-    void flush()
-    {
-        m_file.write(m_block.data(), static_cast<qint64>(m_used));
-        m_used = 0;
-    }
-
     QFile &m_file;
     const QByteArray m_separator;
     std::vector<char> m_block;
@@ -131,6 +132,7 @@ QString writeDump(const QString &fileName, const QString &separator, const QStri
         DumpWriter writer(file, separator);
         writer.headerLine(header);
         writeLines(writer);
+        writer.flush();
     }
     return path;
 }
