@@ -102,7 +102,8 @@ ST_ReviseResult Wall::reviseWith(PartitionMerge &engine, enum_ScreenType type,
                                     baseCommon::NQSize(band, band), 0);
 }
 
-MemoryDatabase::MemoryDatabase(const Wall &wall, Kind kind)
+MemoryDatabase::MemoryDatabase(const Wall &wall, Kind kind, Filling filling)
+    : m_filling(filling)
 {
     for (int number = 1; number <= gridColumns * gridRows; ++number) {
         MultiLayerCoefZoneInfo &zone = stored[number];
@@ -138,8 +139,17 @@ int MemoryDatabase::readMultiLayerAreaCoefficients(const unsigned int &, const u
 {
     const MultiLayerCoefZoneInfo &found = stored.at(static_cast<int>(number));
     copyRect(found, zone);
-    zone.m_multiLayerCoefs = found.m_multiLayerCoefs;
+    fillRows(found.m_multiLayerCoefs, zone.m_multiLayerCoefs);
     return 0;
+}
+
+void MemoryDatabase::fillRows(const std::vector<std::vector<int>> &storedRows,
+                              std::vector<std::vector<int>> &rows) const
+{
+    if (m_filling == Filling::Replace)
+        rows = std::vector<std::vector<int>>(storedRows);
+    else
+        rows = storedRows; // row by row, into the memory that each of them has
 }
 
 } // namespace bench

@@ -62,7 +62,17 @@ public:
         SingleLayer,
         Layered
     };
-    MemoryDatabase(const Wall &wall, Kind kind);
+    /// How the zone that the engine hands over gets its layered rows.
+    enum class Filling
+    {
+        InPlace, ///< the values are written into the rows that are there
+        Replace  ///< the zone gets a new table
+    };
+    MemoryDatabase(const Wall &wall, Kind kind, Filling filling = Filling::InPlace);
+
+    /// Fills a table with stored rows, in the database's manner.
+    void fillRows(const std::vector<std::vector<int>> &storedRows,
+                  std::vector<std::vector<int>> &rows) const;
 
     int ReadAllIDAreaCoefIDs(QMap<int, CoefsZoneInfo *> &zones) override;
     int readAreaCoefficients(int number, CoefsZoneInfo &zone) override;
@@ -72,6 +82,9 @@ public:
 
     /// Stored zones by number; both kinds of coefficients are in the same record.
     std::map<int, MultiLayerCoefZoneInfo> stored;
+
+private:
+    const Filling m_filling;
 };
 
 } // namespace bench

@@ -70,7 +70,7 @@ void moveLayered(const Wall &wall, const MemoryDatabase &database)
     std::vector<Table> zones;
     zones.reserve(database.stored.size());
     for (const auto &entry : database.stored) {
-        scratch = entry.second.m_multiLayerCoefs;
+        database.fillRows(entry.second.m_multiLayerCoefs, scratch);
         zones.push_back(scratch);
     }
     int number = 0;

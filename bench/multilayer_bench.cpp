@@ -11,10 +11,10 @@ namespace bench
 namespace
 {
 
-void revise(benchmark::State &state)
+void revise(benchmark::State &state, MemoryDatabase::Filling filling, const Figure &figure)
 {
     const Wall wall = Wall::ofSize(1920, 1080);
-    MemoryDatabase database(wall, MemoryDatabase::Kind::Layered);
+    MemoryDatabase database(wall, MemoryDatabase::Kind::Layered, filling);
     MultiLayerPartitionMerge engine({});
     engine.setLayerSize(layerCount);
     engine.setPScreenDb(&database);
@@ -26,15 +26,20 @@ void revise(benchmark::State &state)
         const ST_ReviseResult result = wall.reviseWith(engine);
         benchmark::DoNotOptimize(result.multiLayerCoefData.data());
     };
-    report(state, {"2 four layers 1920x1080", 1.15},
-           timeInTurns(ours, [&] { moveLayered(wall, database); }));
+    report(state, figure, timeInTurns(ours, [&] { moveLayered(wall, database); }));
 }
 
 } // namespace
 
 void registerLayeredCases()
 {
-    registerFigure("Figure2_Layered/1920x1080", revise);
+    registerFigure("Figure2_Layered/1920x1080", [](benchmark::State &state) {
+        revise(state, MemoryDatabase::Filling::InPlace, {"2 four layers 1920x1080", 1.15});
+    });
+    registerFigure("Figure2_Layered/replaced/1920x1080", [](benchmark::State &state) {
+        revise(state, MemoryDatabase::Filling::Replace,
+               {"2 four layers 1920x1080, tables replaced", 1.15});
+    });
 }
 
 } // namespace bench

@@ -97,13 +97,6 @@ private:
     class Revision;
     class Saving;
 
-    /// The same as subInfoCoefToAreaCoef, but the copied rows are lost to the sub-area.
-    bool moveSubInfoCoefToAreaCoef(MultiLayerCoefZoneInfo *subInfoCoef,
-                                   MultiLayerCoefZoneInfo *areaCoef);
-    template <typename FillRow>
-    bool fillAreaCoef(MultiLayerCoefZoneInfo *subInfoCoef, MultiLayerCoefZoneInfo *areaCoef,
-                      FillRow fillRow);
-
     /// Values of a pixel: 3 * layer count, none for a layer count below 1.
     std::size_t valuesPerPixel() const;
 };

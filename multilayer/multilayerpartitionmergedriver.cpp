@@ -181,8 +181,7 @@ StepOutcome MultiLayerPartitionMerge::Revision::loadOne(MultiLayerCoefZoneInfo &
         return {ErrCode_ReadAreaCoefFailed, key};
     }
     dumpStored(scratch, key, area);
-    // The next partition is read over what is left of this one, so its rows need not be copied.
-    if (!m_engine.moveSubInfoCoefToAreaCoef(&scratch, m_zones.map().value(key.toInt()))) {
+    if (!m_engine.subInfoCoefToAreaCoef(&scratch, m_zones.map().value(key.toInt()))) {
         m_trace.critical(219, "coefFromDB or coefsZoneInfos.value(key.toInt()) is nullptr");
         return {ErrCode_Failed, key};
     }

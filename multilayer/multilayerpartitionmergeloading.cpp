@@ -34,22 +34,6 @@ bool MultiLayerPartitionMerge::readCofficients(MultiLayerCoefZoneInfo *zone, Are
 bool MultiLayerPartitionMerge::subInfoCoefToAreaCoef(MultiLayerCoefZoneInfo *subInfoCoef,
                                                      MultiLayerCoefZoneInfo *areaCoef)
 {
-    return fillAreaCoef(
-        subInfoCoef, areaCoef,
-        [](const std::vector<int> &stored, std::vector<int> &row) { row = stored; });
-}
-
-bool MultiLayerPartitionMerge::moveSubInfoCoefToAreaCoef(MultiLayerCoefZoneInfo *subInfoCoef,
-                                                         MultiLayerCoefZoneInfo *areaCoef)
-{
-    return fillAreaCoef(subInfoCoef, areaCoef,
-                        [](std::vector<int> &stored, std::vector<int> &row) { row.swap(stored); });
-}
-
-template <typename FillRow>
-bool MultiLayerPartitionMerge::fillAreaCoef(MultiLayerCoefZoneInfo *subInfoCoef,
-                                            MultiLayerCoefZoneInfo *areaCoef, FillRow fillRow)
-{
     const Trace trace(QStringLiteral("MultiLayerPartitionMerge::subInfoCoefToAreaCoef"));
     if (!subInfoCoef) {
         trace.critical(560, "The subInfoCoef is nullptr!");
@@ -65,7 +49,7 @@ bool MultiLayerPartitionMerge::fillAreaCoef(MultiLayerCoefZoneInfo *subInfoCoef,
     }
 
     const PixelWindow window = windowInside(*subInfoCoef, *areaCoef);
-    std::vector<std::vector<int>> &stored = subInfoCoef->m_multiLayerCoefs;
+    const std::vector<std::vector<int>> &stored = subInfoCoef->m_multiLayerCoefs;
     areaCoef->m_multiLayerCoefs.resize(zonePixelCount(*areaCoef));
     std::vector<int> *target = areaCoef->m_multiLayerCoefs.data();
     for (qint64 row = 0; row < window.rowCount; ++row) {
@@ -76,7 +60,7 @@ bool MultiLayerPartitionMerge::fillAreaCoef(MultiLayerCoefZoneInfo *subInfoCoef,
                 trace.critical(598, "The index out of range!");
                 return false;
             }
-            fillRow(stored[pixel], *target++);
+            *target++ = stored[pixel];
         }
     }
     return true;

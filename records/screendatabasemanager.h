@@ -14,6 +14,11 @@ class MultiLayerCoefZoneInfo;
 /// Partitions are numbered from 1, row by row. Every operation returns 0 on success and anything
 /// else on failure; it may throw, the engines keep what it throws inside. A stored zone covers at
 /// least the partition and the band around it in which the revision blends, clipped to the screen.
+///
+/// All partitions of a revision are read into one zone, in the order of their keys. It is empty at
+/// first; after that it arrives as the read before left it, coefficients and rectangle. So a
+/// database may replace the coefficients or write over them in place, which allocates nothing where
+/// zones are of one size.
 class SEAMREVISION_EXPORT ScreenDataBaseManager
 {
 public:

@@ -129,6 +129,25 @@ TYPED_TEST(BothEngines, EveryFailureEndsWithItsCodeTextAndLineAndLeavesWhatWasTh
     }
 }
 
+TYPED_TEST(BothEngines, DatabaseFindsInTheZoneWhatItLeftThere)
+{
+    // Partition 1 is asked for twice running, and zones of two sizes come in turns.
+    Host host(evenWall(2, 4, 3, 1, {2001, 2002, 2003, 2004}, TypeParam::layers));
+    host.wall.stored[3].rect = host.wall.partitions[3];
+    host.wall.stored[3].pixels.resize(12);
+    host.wall.bandCols = host.wall.bandRows = 0;
+    host.areas["01"] = host.areas["1"];
+    const Outcome expected = host.revise(this->engine);
+    ASSERT_EQ(expected.code, 0);
+    for (const Filling filling : {Filling::InPlace, Filling::BySize, Filling::SkipRepeats}) {
+        host.filling = filling;
+        const Outcome outcome = host.revise(this->engine);
+        EXPECT_EQ(outcome.code, 0) << int(filling);
+        EXPECT_EQ(outcome.table, expected.table) << int(filling);
+        EXPECT_EQ(outcome.packed, expected.packed) << int(filling);
+    }
+}
+
 TYPED_TEST(BothEngines, SeamLookupChecksInItsOrder)
 {
     // Partitions 1 and 2: c corrected, u uncorrected, 0 null, - missing; their zones: z, 0, -.

@@ -105,13 +105,18 @@ int Host::ReadMultiLayerAllCorrectedAreaIDs(std::vector<int> &numbers)
 }
 
 template <typename AnyZone>
-int Host::read(int number, AnyZone &zone) const
+int Host::read(int number, AnyZone &zone)
 {
     const auto stored = wall.stored.find(number);
     if (stored == wall.stored.end())
         return -1;
+    if (filling == Filling::SkipRepeats && std::exchange(m_lastRead, number) == number)
+        return onRead();
     setRect(zone, stored->second.rect);
-    setPixels(zone, stored->second.pixels);
+    if (filling == Filling::InPlace || filling == Filling::BySize)
+        setPixelsInPlace(zone, stored->second.pixels, filling);
+    else
+        setPixels(zone, stored->second.pixels);
     return onRead();
 }
 
@@ -145,6 +150,26 @@ void setPixels(CoefsZoneInfo &zone, const Pixels &pixels)
 void setPixels(MultiLayerCoefZoneInfo &zone, const Pixels &pixels)
 {
     zone.m_multiLayerCoefs = pixels;
+}
+
+void setPixelsInPlace(CoefsZoneInfo &zone, const Pixels &pixels, Filling filling)
+{
+    if (filling == Filling::BySize && zone.m_arrayData.size() != 9 * pixels.size())
+        zone.m_arrayData.clear();
+    zone.m_arrayData.resize(9 * pixels.size());
+    for (std::size_t i = 0; i < zone.m_arrayData.size(); ++i)
+        zone.m_arrayData.at(i) = static_cast<unsigned short>(pixels[i / 9][i % 9]);
+}
+
+void setPixelsInPlace(MultiLayerCoefZoneInfo &zone, const Pixels &pixels, Filling filling)
+{
+    Pixels &rows = zone.m_multiLayerCoefs;
+    if (filling == Filling::BySize && rows.size() != pixels.size())
+        rows.clear();
+    rows.resize(pixels.size(), std::vector<int>(pixels.at(0).size()));
+    for (std::size_t pixel = 0; pixel < pixels.size(); ++pixel)
+        for (std::size_t k = 0; k < pixels[pixel].size(); ++k)
+            rows[pixel].at(k) = pixels[pixel][k];
 }
 
 Pixels pixelsOf(const std::vector<unsigned short> &values)

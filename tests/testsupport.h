@@ -51,6 +51,15 @@ public:
 wallmodel::Wall evenWall(int gridCols, int partitionWidth, int partitionHeight, int band,
                          const std::vector<int> &values, int layers = 0);
 
+/// How a database fills the zone that it is handed.
+enum class Filling
+{
+    Replace,    ///< with a table of its own
+    InPlace,    ///< value by value, into the rows that are there
+    BySize,     ///< the same, with new rows where the size differs
+    SkipRepeats ///< not at all where the partition is the one that it read last
+};
+
 /// A host of a wall: its screen database, with faults on demand, the records of its partitions and
 /// an output directory.
 class Host : public ScreenDataBaseManager
@@ -74,11 +83,13 @@ public:
     std::function<int()> onList = [] { return 0; }; ///< what the database answers at last
     std::function<int()> onRead = onList;
     unsigned int askedLayers = 0;
+    Filling filling = Filling::Replace;
 
 private:
     template <typename AnyZone>
-    int read(int number, AnyZone &zone) const;
+    int read(int number, AnyZone &zone);
 
+    int m_lastRead = 0;
     const QTemporaryDir m_directory;
     std::map<int, AreaInfoBase> m_records;
 };
@@ -121,6 +132,9 @@ struct Layered : MultiLayerPartitionMerge
 void setRect(ZoneBaseInfo &zone, const wallmodel::Rect &rect);
 void setPixels(CoefsZoneInfo &zone, const wallmodel::Pixels &pixels);
 void setPixels(MultiLayerCoefZoneInfo &zone, const wallmodel::Pixels &pixels);
+void setPixelsInPlace(CoefsZoneInfo &zone, const wallmodel::Pixels &pixels, Filling filling);
+void setPixelsInPlace(MultiLayerCoefZoneInfo &zone, const wallmodel::Pixels &pixels,
+                      Filling filling);
 wallmodel::Pixels pixelsOf(const std::vector<unsigned short> &values);
 
 QByteArray readFile(const QString &path);
