@@ -115,7 +115,9 @@ enum_ErrCodeType MultiLayerPartitionMerge::partitionCoefRevise(MultiLayerCoefZon
     const OverlapStrip strip = overlapStrip(*currentZone, *nextZone, direction, edgeMargin);
     const MultiLayerStrip rows(strip, currentZone->m_multiLayerCoefs, nextZone->m_multiLayerCoefs);
     const bool horizontal = direction == ReviseDirection_Horizontal;
-    if (!(horizontal || !rows.fits() ? rows.blendLines() : rows.blendPositions())) {
+    const auto blend
+        = [&] { return horizontal || !rows.fits() ? rows.blendLines() : rows.blendPositions(); };
+    if (!strip.isEmpty() && !blend()) {
         trace.critical(horizontal ? 655 : 690, "The index of cofficient is out of range!");
         return ErrCode_Failed;
     }

@@ -1,6 +1,7 @@
 #include "testsupport.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QRegularExpression>
 
 #include <gtest/gtest.h>
@@ -146,6 +147,34 @@ TYPED_TEST(BothEngines, DatabaseFindsInTheZoneWhatItLeftThere)
         EXPECT_EQ(outcome.table, expected.table) << int(filling);
         EXPECT_EQ(outcome.packed, expected.packed) << int(filling);
     }
+}
+
+TYPED_TEST(BothEngines, RectanglesFarBeyondTheScreenCostNoMoreThanTheScreen)
+{
+    Host host(evenWall(2, 50, 100, 0, {2001, 2002}, TypeParam::layers));
+    host.wall.stored.erase(2);
+    constexpr int far = 500000000;
+    *host.areas["2"] = AreaInfoBase(1, -far, -far, far, far);
+    QElapsedTimer timer;
+    timer.start();
+    const Outcome outcome = host.revise(this->engine);
+    EXPECT_LT(timer.elapsed(), 2000);
+    EXPECT_EQ(outcome.code, 0);
+    EXPECT_EQ(outcome.table.at(9950)[4], TestFixture::layered ? 0 : 2048);
+
+    // Seams without a position on 2^31 lines, or without a line.
+    const Rect pairs[][2] = {{{0, 0, INT_MAX - 1, 0}, {0, 5, INT_MAX - 1, 9}},
+                             {{0, 0, INT_MAX - 1, -1}, {0, 0, INT_MAX - 1, -1}}};
+    timer.start();
+    for (int i = 0; i < 16; ++i) {
+        typename TypeParam::Zone current;
+        typename TypeParam::Zone next;
+        setRect(current, pairs[i % 2][0]);
+        setRect(next, pairs[i % 2][1]);
+        EXPECT_EQ(this->engine.partitionCoefRevise(&current, &next, enum_ReviseDirection(i % 2), 0),
+                  0);
+    }
+    EXPECT_LT(timer.elapsed(), 2000);
 }
 
 TYPED_TEST(BothEngines, SeamLookupChecksInItsOrder)
