@@ -69,7 +69,8 @@ private:
     StepOutcome listCorrected() override;
     StepOutcome prepareZones() override;
     StepOutcome resetUncorrected() override;
-    StepOutcome resetInFile(MultiLayerCoefZoneInfo &fillZone, qint64 width, qint64 height);
+    StepOutcome resetInFile(const QString &key, MultiLayerCoefZoneInfo &fillZone, qint64 width,
+                            qint64 height);
     StepOutcome loadCorrected() override;
     StepOutcome loadOne(MultiLayerCoefZoneInfo &scratch, const QString &key, AreaInfoBase &area);
     void dumpStored(const MultiLayerCoefZoneInfo &stored, const QString &key,
@@ -142,7 +143,7 @@ StepOutcome MultiLayerPartitionMerge::Revision::resetUncorrected()
         fillZone->setAreaID(key);
         m_engine.AreaInfoToCoefZoneInfo(fillZone.get(), &area, width, height);
         if (m_request.screenType == ScreenType_PartitionFile)
-            return resetInFile(*fillZone, width, height);
+            return resetInFile(key, *fillZone, width, height);
         neutralScreen.fill(*fillZone, width, height);
         return StepOutcome();
     };
@@ -152,7 +153,8 @@ StepOutcome MultiLayerPartitionMerge::Revision::resetUncorrected()
     return outcome;
 }
 
-StepOutcome MultiLayerPartitionMerge::Revision::resetInFile(MultiLayerCoefZoneInfo &fillZone,
+StepOutcome MultiLayerPartitionMerge::Revision::resetInFile(const QString &key,
+                                                            MultiLayerCoefZoneInfo &fillZone,
                                                             qint64 width, qint64 height)
 {
     fillZone.m_multiLayerCoefs.assign(static_cast<std::size_t>(width * height),
@@ -162,7 +164,7 @@ StepOutcome MultiLayerPartitionMerge::Revision::resetInFile(MultiLayerCoefZoneIn
     if (m_engine.saveCombineAreaCoef(m_request.coefPath, &fillZone))
         return {};
     m_trace.debug(139, "Save combine area coefficient failed!");
-    return {ErrCode_SaveCombineCoefFailed, fillZone.getAreaID()};
+    return {ErrCode_SaveCombineCoefFailed, key};
 }
 
 StepOutcome MultiLayerPartitionMerge::Revision::loadCorrected()

@@ -30,7 +30,8 @@ private:
     StepOutcome listCorrected() override;
     StepOutcome prepareZones() override;
     StepOutcome resetUncorrected() override;
-    StepOutcome resetInFile(CoefsZoneInfo &scratch, qint64 width, qint64 height);
+    StepOutcome resetInFile(const QString &key, CoefsZoneInfo &scratch, qint64 width,
+                            qint64 height);
     void resetInTable(const CoefsZoneInfo &scratch, qint64 width, qint64 height);
     StepOutcome loadCorrected() override;
     StepOutcome loadOne(CoefsZoneInfo *scratch, const QString &key, AreaInfoBase &area);
@@ -104,7 +105,7 @@ StepOutcome PartitionMerge::Revision::resetUncorrected()
         scratch->setAreaID(key);
         m_engine.AreaInfoToCoefZoneInfo(scratch.get(), &area, width, height);
         if (m_request.screenType == ScreenType_PartitionFile)
-            return resetInFile(*scratch, width, height);
+            return resetInFile(key, *scratch, width, height);
         resetInTable(*scratch, width, height);
         return StepOutcome();
     };
@@ -114,14 +115,14 @@ StepOutcome PartitionMerge::Revision::resetUncorrected()
     return outcome;
 }
 
-StepOutcome PartitionMerge::Revision::resetInFile(CoefsZoneInfo &scratch, qint64 width,
-                                                  qint64 height)
+StepOutcome PartitionMerge::Revision::resetInFile(const QString &key, CoefsZoneInfo &scratch,
+                                                  qint64 width, qint64 height)
 {
     scratch.m_arrayData = identityCoefs(static_cast<std::size_t>(width * height));
     if (m_engine.saveCombineAreaCoef(m_request.coefPath, &scratch))
         return {};
     m_trace.debug(164, "Save combine area coefficient failed!");
-    return {ErrCode_SaveCombineCoefFailed, scratch.getAreaID()};
+    return {ErrCode_SaveCombineCoefFailed, key};
 }
 
 void PartitionMerge::Revision::resetInTable(const CoefsZoneInfo &scratch, qint64 width,

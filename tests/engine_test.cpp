@@ -99,6 +99,11 @@ TYPED_TEST(BothEngines, EveryFailureEndsWithItsCodeTextAndLineAndLeavesWhatWasTh
          traced('C', 127, 101, "The pCoefsZoneInfo is nullptr!")},
         {[](Host &h) { block(h, "2", "2_m"); }, 1797, "2",
          traced('D', 164, 139, "Save combine area coefficient failed!")},
+        {[](Host &h) { // the text is the key, whatever the record's number
+             *h.areas["2"] = AreaInfoBase(41, 0, 4, 2, 7);
+             block(h, "42", "42_m");
+         },
+         1797, "2", traced('D', 164, 139, "Save combine area coefficient failed!")},
         {[](Host &h) { *h.areas["2"] = AreaInfoBase(1, INT_MIN, INT_MIN, INT_MAX, INT_MAX); }, 3,
          "", exception},
         {[](Host &h) { h.onRead = [] { return -1; }; }, 1800, "1",
