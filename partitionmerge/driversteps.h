@@ -87,24 +87,34 @@ struct EndTags
     int exception;
 };
 
-/// Runs a revision (RevisionSteps of an engine) and sends what it came to through
-/// send(code, text, result); whatever is thrown on the way is a failure.
+/// Runs a revision (RevisionSteps of an engine) and sends what it came to, once, through
+/// send(code, text, result); whatever is thrown on the way is a failure. If the sending throws,
+/// there is nobody left to ask: the failure is returned as it is.
 template <typename Revision, typename Engine, typename Send>
 ST_ReviseResult runRevision(Engine &engine, const Trace &trace, const EndTags &tags,
                             const RevisionRequest &request, Send send)
 {
     ST_ReviseResult result;
     result.rect = request.screenRect;
+    StepOutcome outcome;
     try {
         // The zones go with the revision, before the result is copied: they need not exist at once.
-        const StepOutcome outcome = Revision(engine, trace, request, result).run();
+        outcome = Revision(engine, trace, request, result).run();
         if (!outcome.failed())
             trace.debug(tags.end, "end!");
+    } catch (...) {
+        outcome = {ErrCode_Failed, QString()};
+        trace.critical(tags.exception, "Unexpected exception!");
+    }
+    try {
         return send(outcome.code, outcome.text, result);
     } catch (...) {
         trace.critical(tags.exception, "Unexpected exception!");
-        return send(ErrCode_Failed, QString(), result);
     }
+    ST_ReviseResult failure;
+    failure.rect = request.screenRect;
+    failure.errCode = ErrCode_Failed;
+    return failure;
 }
 
 /// The numbers with which an engine reports what keeps a partition from being prepared.

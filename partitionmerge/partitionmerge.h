@@ -105,7 +105,8 @@ protected:
                                          QMap<int, CoefsZoneInfo *> coefs);
 
     /// Puts a code and a text into the result, empties its arrays unless the code is success, and
-    /// returns a copy of it.
+    /// returns a copy of it. A revision calls it once, at its end; what an override throws gives
+    /// ErrCode_Failed without a text.
     virtual ST_ReviseResult sendResult(enum_ErrCodeType errCode, const QString &message,
                                        ST_ReviseResult &result);
 

@@ -135,6 +135,48 @@ TYPED_TEST(BothEngines, EveryFailureEndsWithItsCodeTextAndLineAndLeavesWhatWasTh
     }
 }
 
+namespace
+{
+
+/// An engine whose host cannot take results.
+template <typename Engine>
+struct ThrowingSender : Engine
+{
+    ST_ReviseResult sendResult(enum_ErrCodeType, const QString &, ST_ReviseResult &result) override
+    {
+        ++calls;
+        result.errMsg = "half";
+        throw 1;
+    }
+    int calls = 0;
+};
+
+} // namespace
+
+TYPED_TEST(BothEngines, SendResultThatThrowsIsCalledOnceAndGivesABareFailure)
+{
+    const struct
+    {
+        void (*spoil)(Host &);
+        int exceptions;
+    } rows[] = {
+        {[](Host &) {}, 1},
+        {[](Host &h) { h.hasDatabase = false; }, 1},
+        {[](Host &h) { h.onRead = []() -> int { throw 1; }; }, 2},
+    };
+    for (const auto &row : rows) {
+        Host host(evenWall(1, 1, 1, 0, {2001}, TypeParam::layers));
+        row.spoil(host);
+        ThrowingSender<TypeParam> sender;
+        const Outcome outcome = host.revise(sender);
+        EXPECT_EQ(sender.calls, 1);
+        EXPECT_EQ(outcome.code, 3);
+        EXPECT_EQ(outcome.text, "");
+        EXPECT_TRUE(outcome.table.empty() && outcome.packed.empty());
+        EXPECT_EQ(outcome.log.filter("Unexpected exception!").size(), row.exceptions);
+    }
+}
+
 TYPED_TEST(BothEngines, DatabaseFindsInTheZoneWhatItLeftThere)
 {
     // Partition 1 is asked for twice running, and zones of two sizes come in turns.
