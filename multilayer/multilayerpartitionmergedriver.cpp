@@ -142,6 +142,8 @@ StepOutcome MultiLayerPartitionMerge::Revision::resetUncorrected()
         int height = 0;
         fillZone->setAreaID(key);
         m_engine.AreaInfoToCoefZoneInfo(fillZone.get(), &area, width, height);
+        width = std::max(0, width);
+        height = std::max(0, height);
         if (m_request.screenType == ScreenType_PartitionFile)
             return resetInFile(key, *fillZone, width, height);
         neutralScreen.fill(*fillZone, width, height);

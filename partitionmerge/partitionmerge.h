@@ -88,7 +88,8 @@ protected:
     /// Writes a zone's coefficients to the encrypted file dir + "/" + area id.
     virtual bool saveCombineAreaCoef(QString dir, CoefsZoneInfo *zone);
 
-    /// Gives a zone a partition's own rectangle and id, and returns its size in pixels.
+    /// Gives a zone a partition's own rectangle and id, and returns its size in pixels: last edge
+    /// less first edge plus 1, below 1 for an inverted rectangle.
     virtual void AreaInfoToCoefZoneInfo(CoefsZoneInfo *zone, AreaInfoBase *area, int &width,
                                         int &height);
 

@@ -10,6 +10,7 @@
 #include "records/screendatabasemanager.h"
 #include "records/trace.h"
 
+#include <algorithm>
 #include <memory>
 #include <new>
 
@@ -104,6 +105,8 @@ StepOutcome PartitionMerge::Revision::resetUncorrected()
         int height = 0;
         scratch->setAreaID(key);
         m_engine.AreaInfoToCoefZoneInfo(scratch.get(), &area, width, height);
+        width = std::max(0, width);
+        height = std::max(0, height);
         if (m_request.screenType == ScreenType_PartitionFile)
             return resetInFile(key, *scratch, width, height);
         resetInTable(*scratch, width, height);

@@ -48,8 +48,8 @@ void PartitionMerge::AreaInfoToCoefZoneInfo(CoefsZoneInfo *zone, AreaInfoBase *a
     zone->setEndPixCol(area->getAreaEndCol());
     zone->setEndPixRow(area->getAreaEndRow());
     zone->setAreaID(area->getAreaNum());
-    width = static_cast<int>(zoneWidth(*zone));
-    height = static_cast<int>(zoneHeight(*zone));
+    width = signedSideLength(zone->getBegPixCol(), zone->getEndPixCol());
+    height = signedSideLength(zone->getBegPixRow(), zone->getEndPixRow());
     trace.debug(855, "end!");
 }
 

@@ -18,11 +18,17 @@ inline int saturatedInt(qint64 value)
                                                std::numeric_limits<int>::max()));
 }
 
-/// Number of pixels from first to last, both included; 0 when last lies before first. It fits an
-/// int, so that the product of two lengths fits 64 bits.
+/// last - first + 1 or the nearest int: the number of pixels from first to last, both included,
+/// and below 1 when last lies before first.
+inline int signedSideLength(int first, int last)
+{
+    return saturatedInt(qint64{last} - first + 1);
+}
+
+/// The same, clamped at 0. It fits an int, so that the product of two lengths fits 64 bits.
 inline qint64 sideLength(int first, int last)
 {
-    return saturatedInt(std::max<qint64>(0, qint64{last} - first + 1));
+    return std::max(0, signedSideLength(first, last));
 }
 
 /// Columns and rows of a zone (anything with the four edges of ZoneBaseInfo).

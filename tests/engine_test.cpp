@@ -355,6 +355,7 @@ TYPED_TEST(BothEngines, StepsNameWhatTheyLack)
 {
     TypeParam &steps = this->engine;
     AreaInfoBase area(6, INT_MIN, 10, INT_MAX, 10);
+    AreaInfoBase inverted(6, INT_MAX, 10, INT_MIN, 7);
     typename TypeParam::Zone zone;
     setPixels(zone, Pixels(1, std::vector<int>(12, 1)));
     setRect(zone, {0, 10, 0, 10});
@@ -407,6 +408,8 @@ TYPED_TEST(BothEngines, StepsNameWhatTheyLack)
 
     steps.AreaInfoToCoefZoneInfo(&zone, &area, width, height);
     EXPECT_EQ(std::make_pair(width, height), std::make_pair(1, INT_MAX));
+    steps.AreaInfoToCoefZoneInfo(&zone, &inverted, width, height);
+    EXPECT_EQ(std::make_pair(width, height), std::make_pair(-2, INT_MIN));
 }
 
 TEST(MultiLayerEngine, LayerCountsBelowOneEndWithoutACrash)

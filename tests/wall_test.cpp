@@ -39,8 +39,6 @@ public:
             for (int col = 0; col < wall.gridCols; ++col)
                 addPartition(wall, row * wall.gridCols + col + 1,
                              {rows[row], cols[col], rows[row + 1] - 1, cols[col + 1] - 1}, tidy);
-        if (wall.stored.empty())
-            wall.stored[1] = storedZone(wall, wall.partitions.at(1), true);
         return wall;
     }
 
@@ -63,8 +61,14 @@ private:
     {
         if (!tidy && oneIn(8)) // reaches outside its place, perhaps outside the screen
             rect.bottom += between(0, 2), rect.right += between(0, 2), rect.left -= between(0, 2);
+        const bool corrected = number == 1 || !oneIn(4);
+        if (!corrected && !tidy && oneIn(4)) { // inverted
+            std::swap(rect.top, rect.bottom);
+            std::swap(rect.left, rect.right);
+            --rect.bottom, --rect.right;
+        }
         wall.partitions[number] = rect;
-        if (!oneIn(4))
+        if (corrected)
             wall.stored[number] = storedZone(wall, rect, tidy);
     }
 

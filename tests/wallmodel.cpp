@@ -314,8 +314,9 @@ private:
             traced('D', "saveCombineAreaCoef", 402, 0, "Save encryptFile end!");
             return;
         }
+        QByteArray &zip = m_out.files[name + "_zip"];
         for (const unsigned char byte : packed(pixels))
-            m_out.files[name + "_zip"].append(static_cast<char>(byte));
+            zip.append(static_cast<char>(byte));
     }
 
     void dump(const QString &name, const Pixels &pixels, const char *separator = ",")
