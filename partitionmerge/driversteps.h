@@ -165,7 +165,7 @@ template <typename Reset>
 StepOutcome forEachUncorrected(const Trace &trace, const GridTags &tags,
                                const RevisionRequest &request, Reset reset)
 {
-    return forEachNumber(request.partitionGrid, [&](int number) -> StepOutcome {
+    return forEachNumber(request.partitionGrid, [&](qint64 number) -> StepOutcome {
         const QString key = QString::number(number);
         if (key.isEmpty()) {
             trace.critical(tags.emptyKey, "The number of partition is empty!");

@@ -2,6 +2,7 @@
 
 #include "partitionmerge/stepoutcome.h"
 #include "records/nqsize.h"
+#include "records/pixelmath.h"
 #include "records/revisetypes.h"
 
 /// The orders in which a revision visits a grid of partitions, numbered from 1 row by row. A walk
@@ -17,13 +18,16 @@ struct Seam
     int next;
 };
 
-/// Calls visit(number) for every partition, row by row.
+/// Calls visit(outer, inner) for every outer number below the one count and, within it, every
+/// inner number below the other one.
 template <typename Visitor>
-StepOutcome forEachNumber(const baseCommon::NQSize &grid, Visitor visit)
+StepOutcome forEachPair(qint64 outerCount, qint64 innerCount, Visitor visit)
 {
-    for (int row = 0; row < grid.height(); ++row) {
-        for (int col = 0; col < grid.width(); ++col) {
-            StepOutcome outcome = visit(row * grid.width() + col + 1);
+    if (innerCount <= 0) // the outer numbers may be billions, with nothing to visit
+        return {};
+    for (qint64 outer = 0; outer < outerCount; ++outer) {
+        for (qint64 inner = 0; inner < innerCount; ++inner) {
+            StepOutcome outcome = visit(outer, inner);
             if (outcome.failed())
                 return outcome;
         }
@@ -31,29 +35,35 @@ StepOutcome forEachNumber(const baseCommon::NQSize &grid, Visitor visit)
     return {};
 }
 
+/// Calls visit(number) for every partition, row by row.
+template <typename Visitor>
+StepOutcome forEachNumber(const baseCommon::NQSize &grid, Visitor visit)
+{
+    const qint64 columns = grid.width();
+    return forEachPair(grid.height(), columns,
+                       [&](qint64 row, qint64 col) { return visit(row * columns + col + 1); });
+}
+
 /// Calls visit(seam) for all horizontal seams row by row from the left, then for all vertical
-/// ones column by column from the top.
+/// ones column by column from the top. A number that no int can hold becomes the largest int.
 template <typename Visitor>
 StepOutcome forEachSeam(const baseCommon::NQSize &grid, Visitor visit)
 {
-    const int columns = grid.width();
-    for (int row = 0; row < grid.height(); ++row) {
-        for (int col = 0; col < columns - 1; ++col) {
-            const int number = row * columns + col + 1;
-            StepOutcome outcome = visit(Seam{ReviseDirection_Horizontal, number, number + 1});
-            if (outcome.failed())
-                return outcome;
-        }
-    }
-    for (int col = 0; col < columns; ++col) {
-        for (int row = 0; row < grid.height() - 1; ++row) {
-            const int number = row * columns + col + 1;
-            StepOutcome outcome = visit(Seam{ReviseDirection_Vertical, number, number + columns});
-            if (outcome.failed())
-                return outcome;
-        }
-    }
-    return {};
+    const qint64 columns = grid.width();
+    const qint64 rows = grid.height();
+    const auto visitSeam = [&](enum_ReviseDirection direction, qint64 row, qint64 col,
+                               qint64 toNext) -> StepOutcome {
+        const qint64 number = row * columns + col + 1;
+        return visit(Seam{direction, saturatedInt(number), saturatedInt(number + toNext)});
+    };
+    StepOutcome outcome = forEachPair(rows, columns - 1, [&](qint64 row, qint64 col) {
+        return visitSeam(ReviseDirection_Horizontal, row, col, 1);
+    });
+    if (outcome.failed())
+        return outcome;
+    return forEachPair(columns, rows - 1, [&](qint64 col, qint64 row) {
+        return visitSeam(ReviseDirection_Vertical, row, col, columns);
+    });
 }
 
 } // namespace seamrevision

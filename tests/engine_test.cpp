@@ -1,3 +1,4 @@
+#include "scarcememory.h"
 #include "testsupport.h"
 
 #include <QDir>
@@ -7,28 +8,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <new>
 
 using wallmodel::Outcome;
 using wallmodel::Pixels;
 using wallmodel::Rect;
-
-namespace
-{
-
-/// How many non-throwing allocations succeed before one fails; none fails while it is negative.
-int nothrowAllocationsLeft = -1;
-
-} // namespace
-
-void *operator new(std::size_t size, const std::nothrow_t &) noexcept
-{
-    if (nothrowAllocationsLeft > 0)
-        --nothrowAllocationsLeft;
-    else if (nothrowAllocationsLeft == 0)
-        return nullptr;
-    return ::operator new(size); // nothing here needs more than there is
-}
+using namespace scarcememory;
 
 namespace
 {
@@ -133,6 +117,66 @@ TYPED_TEST(BothEngines, EveryFailureEndsWithItsCodeTextAndLineAndLeavesWhatWasTh
         EXPECT_EQ(std::count_if(outcome.states.begin(), outcome.states.end(), isCorrected),
                   row.corrected);
     }
+}
+
+TYPED_TEST(BothEngines, ExtremesOfAnyTwoIntsEndAtOnceInACode)
+{
+    // A table of more than a megabyte finds no memory.
+    largestAllocation = 1 << 20;
+    Host host(evenWall(2, 4, 3, 1, {2001, 2002, 2003, 2004}, TypeParam::layers));
+    host.wall.stored.erase(2);
+    this->engine.setPScreenDb(&host);
+    enum
+    {
+        Cols,
+        Rows,
+        Left,
+        Top,
+        Right,
+        Bottom,
+        BandCols,
+        BandRows,
+        Margin,
+        Type,
+        Record
+    };
+    const std::vector<int> usual{2, 2, 0, 0, 7, 5, 1, 1, 0, 0, 1, 0, 4, 2, 7};
+    const int extremes[] = {INT_MIN, -1, 0, 1, INT_MAX};
+    std::map<int, int> codes;
+    const auto revise = [&](const std::vector<int> &a) {
+        *host.areas["2"]
+            = AreaInfoBase(a[Record], a[Record + 1], a[Record + 2], a[Record + 3], a[Record + 4]);
+        QElapsedTimer timer;
+        timer.start();
+        const ST_ReviseResult result = this->engine.boundaryModifying(
+            host.path(), enum_ScreenType(a[Type]), host.areas, {a[Cols], a[Rows]},
+            {a[Left], a[Top], a[Right], a[Bottom]}, {a[BandCols], a[BandRows]}, a[Margin]);
+        EXPECT_LT(timer.elapsed(), 2000);
+        EXPECT_EQ(result.isSuccess, result.errCode == 0);
+        this->log.take();
+        ++codes[result.errCode];
+        return result.errCode;
+    };
+    for (std::size_t i = 0; i < usual.size() && !::testing::Test::HasFailure(); ++i) {
+        for (std::size_t j = 0; j < i; ++j) {
+            for (const int first : extremes) {
+                for (const int second : extremes) {
+                    std::vector<int> arguments = usual;
+                    arguments[i] = first;
+                    arguments[j] = second;
+                    SCOPED_TRACE(::testing::PrintToString(arguments));
+                    const int code = revise(arguments);
+                    // The grid: nothing to walk, or partition 3 at the latest has no record.
+                    const bool walks = first > 0 && second > 0 && std::max(first, second) > 1;
+                    EXPECT_TRUE(i != Rows || code == (walks ? 3 : 0));
+                }
+            }
+        }
+    }
+    largestAllocation = SIZE_MAX;
+    EXPECT_GT(codes[0], 1000);
+    EXPECT_GT(codes[3], 0);
+    EXPECT_GT(codes[1796], 0);
 }
 
 namespace
