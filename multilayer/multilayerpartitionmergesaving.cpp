@@ -51,10 +51,12 @@ bool placeIntoScreen(const Trace &trace, const MultiLayerCoefZoneInfo &zone, con
     return true;
 }
 
-void capCoefficients(std::vector<int> &row)
+void capCoefficients(CoefTable &table)
 {
-    for (int &value : row)
-        value = std::min(value, coefficientCap);
+    for (std::vector<int> &row : table) {
+        for (int &value : row)
+            value = std::min(value, coefficientCap);
+    }
 }
 
 } // namespace
@@ -69,7 +71,6 @@ public:
         , m_trace(trace)
         , m_dir(dir)
         , m_toFile(screenType == ScreenType_PartitionFile)
-        , m_packedWidth(MultiLayerConfig::instance()->coefBitWide())
         , m_result(result)
     {
     }
@@ -92,11 +93,18 @@ public:
     void finish() const;
 
 private:
+    /// Packs a table with the width that is configured at the time.
+    void pack(const ST_LedZoneInfo &rect, const CoefTable &table,
+              std::vector<unsigned char> &packed) const
+    {
+        packCoefs(rect, table, MultiLayerConfig::instance()->coefBitWide(), m_engine.m_layerSize,
+                  packed);
+    }
+
     MultiLayerPartitionMerge &m_engine;
     const Trace &m_trace;
     const QString &m_dir;
     const bool m_toFile;
-    const unsigned int m_packedWidth;
     ST_ReviseResult &m_result;
 };
 
@@ -137,23 +145,17 @@ enum_ErrCodeType MultiLayerPartitionMerge::Saving::save(int number,
 bool MultiLayerPartitionMerge::Saving::saveToFiles(const QString &dumpName,
                                                    MultiLayerCoefZoneInfo &areaZone) const
 {
-    packCoefs(ledZoneInfo(areaZone), areaZone.m_multiLayerCoefs, m_packedWidth,
-              m_engine.m_layerSize, areaZone.m_zipCoefs);
+    pack(ledZoneInfo(areaZone), areaZone.m_multiLayerCoefs, areaZone.m_zipCoefs);
     outData(areaZone.m_zipCoefs, dumpName + QStringLiteral("_afterZIP.txt"), QString(), 1,
             QString());
     return m_engine.saveCombineAreaCoef(m_dir, &areaZone);
 }
 
-/// Files keep the values as revised; only the table is capped. A row is packed while it is at
-/// hand: going through millions of rows once more would take longer than the packing.
+/// Files keep the values as revised; only the table is capped.
 void MultiLayerPartitionMerge::Saving::finish() const
 {
-    PixelPacker packer(ledZoneInfo(m_result.rect), m_packedWidth, m_engine.m_layerSize,
-                       m_result.zipCoefData);
-    for (std::vector<int> &row : m_result.multiLayerCoefData) {
-        capCoefficients(row);
-        packer.add(row);
-    }
+    capCoefficients(m_result.multiLayerCoefData);
     outData(m_result.multiLayerCoefData, tr("Multilayer_After_Revise.txt"), QStringLiteral(","),
             QString());
+    pack(ledZoneInfo(m_result.rect), m_result.multiLayerCoefData, m_result.zipCoefData);
 }

@@ -1,6 +1,9 @@
 #include "scarcememory.h"
 #include "testsupport.h"
 
+#include "records/funcrunningstate.h"
+#include "records/multilayerconfig.h"
+
 #include <QDir>
 #include <QElapsedTimer>
 #include <QRegularExpression>
@@ -454,6 +457,29 @@ TYPED_TEST(BothEngines, StepsNameWhatTheyLack)
     EXPECT_EQ(std::make_pair(width, height), std::make_pair(1, INT_MAX));
     steps.AreaInfoToCoefZoneInfo(&zone, &inverted, width, height);
     EXPECT_EQ(std::make_pair(width, height), std::make_pair(-2, INT_MIN));
+}
+
+TEST(MultiLayerEngine, PackedWidthIsReadAtEveryPackingBehindTheDumpBeforeIt)
+{
+    // The width grows by one with every dump that saving takes: two a partition and the screen's.
+    Host host(evenWall(2, 1, 1, 0, {2001, 2002}, 1));
+    host.wall.screenType = 1;
+    Layered engine;
+    engine.setLayerSize(1);
+    bool saving = false;
+    unsigned int width = 0;
+    FuncRunningState::setObserver([&](const char *event, const QString &function) {
+        saving = saving || function.endsWith("::saveRevisedCoef");
+        if (saving && function == "outData" && *event == 'l')
+            MultiLayerConfig::instance()->setCoefBitWide(++width);
+    });
+    MultiLayerConfig::instance()->setCoefBitWide(width);
+    const Outcome outcome = host.revise(engine);
+    FuncRunningState::setObserver(nullptr);
+    MultiLayerConfig::instance()->setCoefBitWide(4);
+    EXPECT_EQ(outcome.files.at("1_zip").size(), 1);
+    EXPECT_EQ(outcome.files.at("2_zip").size(), 3);
+    EXPECT_EQ(outcome.packed.size(), 2U * 5);
 }
 
 TEST(MultiLayerEngine, LayerCountsBelowOneEndWithoutACrash)
