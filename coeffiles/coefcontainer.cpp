@@ -37,9 +37,12 @@ bool writeEncrypted(const QString &path, const std::vector<unsigned char> &plain
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly))
         return false;
-    file.write(reinterpret_cast<const char *>(ciphertext.data()),
-               static_cast<qint64>(ciphertext.size()));
-    return true;
+    const auto fileBytes = static_cast<qint64>(ciphertext.size());
+    file.write(reinterpret_cast<const char *>(ciphertext.data()), fileBytes);
+    file.flush();
+    const bool isWhole = file.error() == QFileDevice::NoError && file.size() == fileBytes;
+    file.close(); // which forgets an error of before, and may meet one of its own
+    return isWhole && file.error() == QFileDevice::NoError;
 }
 
 bool readDecrypted(const QString &path, std::vector<unsigned char> &plaintext)

@@ -15,8 +15,8 @@ namespace seamrevision
 /// itself, so it is also created once more beneath itself.
 bool ensureDirectory(const QString &directory);
 
-/// Encrypts and writes one file, replacing what was there. False if it cannot be opened; how much
-/// of it reached the disk is not checked.
+/// Encrypts and writes one file, replacing what was there. False if it cannot be opened, or if the
+/// system did not take all of it (a full disk); what it took stays.
 bool writeEncrypted(const QString &path, const std::vector<unsigned char> &plaintext);
 
 /// Reads and decrypts one file. False if it cannot be opened; a file that does not decrypt gives

@@ -6,7 +6,9 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <numeric>
+#include <sys/resource.h>
 
 using wallmodel::Pixels;
 
@@ -15,6 +17,28 @@ namespace
 
 using Values = std::vector<unsigned short>;
 using Bytes = std::vector<unsigned char>;
+
+/// No file of this process grows beyond some bytes while it lives.
+class FileSizeLimit
+{
+public:
+    explicit FileSizeLimit(rlim_t bytes)
+        : m_handler(std::signal(SIGXFSZ, SIG_IGN))
+    {
+        getrlimit(RLIMIT_FSIZE, &m_before);
+        const rlimit limit{bytes, m_before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit()
+    {
+        setrlimit(RLIMIT_FSIZE, &m_before);
+        std::signal(SIGXFSZ, m_handler);
+    }
+
+private:
+    rlimit m_before{};
+    void (*const m_handler)(int);
+};
 
 /// A directory, partition "1" of 2 x 1 pixels and "2" with a null record; one layer.
 class CoefFiles : public ::testing::Test
@@ -182,6 +206,29 @@ TEST_F(CoefFiles, WritersFailWithoutLeavingAnythingBehind)
     // The table was written before its packed form failed.
     EXPECT_EQ(filesIn(host.path()).size(), 2U);
     EXPECT_EQ(decrypted(readFile(host.path("1_m"))).size(), 24);
+}
+
+TEST_F(CoefFiles, WhatTheDiskDoesNotTakeIsNotWritten)
+{
+    const auto expectFailures = [&] {
+        EXPECT_FALSE(single.saveCombineAreaCoef(host.path(), &zone));
+        EXPECT_TRUE(log.take().last().endsWith("Save encryptFile failed!"));
+        EXPECT_FALSE(layered.saveCombineAreaCoef(host.path(), &rows));
+        EXPECT_TRUE(log.take().last().endsWith("Save encryptFile failed!"));
+    };
+    // A full device: nothing is taken at the flush.
+    QFile::link("/dev/full", host.path("1"));
+    QFile::link("/dev/full", host.path("1_zip"));
+    expectFailures();
+    EXPECT_EQ(decrypted(readFile(host.path("1_m"))).size(), 24);
+    QFile::remove(host.path("1"));
+    QFile::remove(host.path("1_zip"));
+    // A full quota: the first bytes are taken, in one piece or from the buffer.
+    const FileSizeLimit limit(16);
+    expectFailures();
+    zone.m_arrayData.resize(90000);
+    expectFailures();
+    EXPECT_EQ(readFile(host.path("1")).size(), 16);
 }
 
 TEST_F(CoefFiles, ARelativeDirectoryIsAlsoMadeBeneathItself)
