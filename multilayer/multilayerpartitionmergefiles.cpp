@@ -158,10 +158,16 @@ bool MultiLayerPartitionMerge::readZipCoef(QString dir, QString areaId,
 {
     const Trace trace(QStringLiteral("MultiLayerPartitionMerge::readZipCoef"));
     return withoutThrowing(trace, 968, [&] {
+        const AreaInfoBase *area = m_areas.value(areaId);
         std::vector<unsigned char> plaintext;
-        if (!readPartitionFile(trace, {948, 956, 962}, m_areas.value(areaId),
+        if (!readPartitionFile(trace, {948, 956, 962}, area,
                                dir + QLatin1Char('/') + areaId + packedSuffix, plaintext))
             return false;
+        // Its length is not known here: it depends on the packed width of the writer.
+        if (plaintext.empty() && areaPixelCount(*area) > 0 && valuesPerPixel() > 0) {
+            trace.critical(965, "Coefs file is too short!");
+            return false;
+        }
         zipBytes.swap(plaintext);
         return true;
     });
