@@ -21,3 +21,19 @@ QString outData(const std::vector<unsigned char> &data, const QString &fileName,
 /// One line per row.
 QString outData(const std::vector<std::vector<int>> &data, const QString &fileName,
                 const QString &separator, QString header);
+
+namespace seamrevision
+{
+
+/// Runs code that takes dumps in a revision. Dumps never fail one: what the code throws, want of
+/// memory first of all, is passed over.
+template <typename TakeDumps>
+void passOverFailures(TakeDumps takeDumps) noexcept
+{
+    try {
+        takeDumps();
+    } catch (...) { // the revision goes on without
+    }
+}
+
+} // namespace seamrevision

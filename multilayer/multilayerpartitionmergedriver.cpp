@@ -52,6 +52,24 @@ private:
     std::vector<unsigned char> m_packed;
 };
 
+/// The rows of a partition's own pixels, one after the other; behind those that the stored zone
+/// has, rows for the pixels that it lacks.
+std::vector<std::vector<int>> cutOut(const MultiLayerCoefZoneInfo &stored, const AreaInfoBase &area,
+                                     const std::vector<int> &missing)
+{
+    std::vector<std::vector<int>> own(areaPixelCount(area), missing);
+    const PixelWindow window = windowInside(stored, area);
+    auto target = own.begin();
+    for (qint64 row = 0; row < window.rowCount; ++row) {
+        for (qint64 col = 0; col < window.colCount; ++col, ++target) {
+            const quint64 pixel = window.rowStart(row) + static_cast<quint64>(col);
+            if (pixel < stored.m_multiLayerCoefs.size())
+                *target = stored.m_multiLayerCoefs[pixel];
+        }
+    }
+    return own;
+}
+
 } // namespace
 
 /// One call of boundaryModifying.
@@ -195,24 +213,19 @@ StepOutcome MultiLayerPartitionMerge::Revision::loadOne(MultiLayerCoefZoneInfo &
 void MultiLayerPartitionMerge::Revision::dumpStored(const MultiLayerCoefZoneInfo &stored,
                                                     const QString &key, const AreaInfoBase &area)
 {
-    outData(stored.m_multiLayerCoefs,
-            QStringLiteral("areaEx_") + key + QStringLiteral("_before.txt"), QStringLiteral(","),
-            QString());
+    passOverFailures([&] {
+        outData(stored.m_multiLayerCoefs,
+                QStringLiteral("areaEx_") + key + QStringLiteral("_before.txt"),
+                QStringLiteral(","), QString());
+    });
     if (!LocalConfig::getInstance().isExportData())
         return;
-    std::vector<std::vector<int>> own(areaPixelCount(area),
-                                      std::vector<int>(m_engine.valuesPerPixel(), 0));
-    const PixelWindow window = windowInside(stored, area);
-    auto target = own.begin();
-    for (qint64 row = 0; row < window.rowCount; ++row) {
-        for (qint64 col = 0; col < window.colCount; ++col, ++target) {
-            const quint64 pixel = window.rowStart(row) + static_cast<quint64>(col);
-            if (pixel < stored.m_multiLayerCoefs.size())
-                *target = stored.m_multiLayerCoefs[pixel];
-        }
-    }
-    outData(own, QStringLiteral("area_") + key + QStringLiteral("_before.txt"), QStringLiteral(","),
-            QString());
+    passOverFailures([&] {
+        const std::vector<int> missing(m_engine.valuesPerPixel(), 0);
+        outData(cutOut(stored, area, missing),
+                QStringLiteral("area_") + key + QStringLiteral("_before.txt"), QStringLiteral(","),
+                QString());
+    });
 }
 
 StepOutcome MultiLayerPartitionMerge::Revision::reviseSeams()

@@ -89,7 +89,7 @@ public:
 
     enum_ErrCodeType save(int number, const MultiLayerCoefZoneInfo &zone,
                           MultiLayerCoefZoneInfo &areaZone) const;
-    bool saveToFiles(const QString &dumpName, MultiLayerCoefZoneInfo &areaZone) const;
+    bool saveToFiles(int number, MultiLayerCoefZoneInfo &areaZone) const;
     void finish() const;
 
 private:
@@ -132,22 +132,25 @@ enum_ErrCodeType MultiLayerPartitionMerge::Saving::save(int number,
                          ownRows))
         return ErrCode_IndexOutOfRange;
 
-    const QString dumpName = QStringLiteral("areaEx_") + QString::number(number);
-    outData(zone.m_multiLayerCoefs, dumpName + QStringLiteral("_after.txt"), QStringLiteral(","),
-            QString());
-    if (m_toFile && !saveToFiles(dumpName, areaZone)) {
+    passOverFailures([&] {
+        outData(zone.m_multiLayerCoefs, QStringLiteral("areaEx_%1_after.txt").arg(number),
+                QStringLiteral(","), QString());
+    });
+    if (m_toFile && !saveToFiles(number, areaZone)) {
         logPlain("Save combine area cofficient failed!");
         return ErrCode_SaveCombineCoefFailed;
     }
     return ErrCode_Success;
 }
 
-bool MultiLayerPartitionMerge::Saving::saveToFiles(const QString &dumpName,
+bool MultiLayerPartitionMerge::Saving::saveToFiles(int number,
                                                    MultiLayerCoefZoneInfo &areaZone) const
 {
     pack(ledZoneInfo(areaZone), areaZone.m_multiLayerCoefs, areaZone.m_zipCoefs);
-    outData(areaZone.m_zipCoefs, dumpName + QStringLiteral("_afterZIP.txt"), QString(), 1,
-            QString());
+    passOverFailures([&] {
+        outData(areaZone.m_zipCoefs, QStringLiteral("areaEx_%1_afterZIP.txt").arg(number),
+                QString(), 1, QString());
+    });
     return m_engine.saveCombineAreaCoef(m_dir, &areaZone);
 }
 
@@ -155,7 +158,9 @@ bool MultiLayerPartitionMerge::Saving::saveToFiles(const QString &dumpName,
 void MultiLayerPartitionMerge::Saving::finish() const
 {
     capCoefficients(m_result.multiLayerCoefData);
-    outData(m_result.multiLayerCoefData, tr("Multilayer_After_Revise.txt"), QStringLiteral(","),
-            QString());
+    passOverFailures([&] {
+        outData(m_result.multiLayerCoefData, tr("Multilayer_After_Revise.txt"), QStringLiteral(","),
+                QString());
+    });
     pack(ledZoneInfo(m_result.rect), m_result.multiLayerCoefData, m_result.zipCoefData);
 }

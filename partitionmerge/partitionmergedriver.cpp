@@ -167,15 +167,19 @@ StepOutcome PartitionMerge::Revision::loadOne(CoefsZoneInfo *scratch, const QStr
 void PartitionMerge::Revision::dumpStored(const CoefsZoneInfo &stored, const QString &key,
                                           const AreaInfoBase &area)
 {
-    outData(stored.m_arrayData,
-            QStringLiteral("normal_areaEx_") + key + QStringLiteral("_before.txt"),
-            QStringLiteral(","), valuesPerPixel, QString());
+    passOverFailures([&] {
+        outData(stored.m_arrayData,
+                QStringLiteral("normal_areaEx_") + key + QStringLiteral("_before.txt"),
+                QStringLiteral(","), valuesPerPixel, QString());
+    });
     if (!LocalConfig::getInstance().isExportData())
         return;
-    std::vector<unsigned short> own = cutOut(stored.m_arrayData, windowInside(stored, area));
-    own.resize(valueCount(areaPixelCount(area)));
-    outData(own, QStringLiteral("normal_area_") + key + QStringLiteral("_before.txt"),
-            QStringLiteral(","), valuesPerPixel, QString());
+    passOverFailures([&] {
+        std::vector<unsigned short> own = cutOut(stored.m_arrayData, windowInside(stored, area));
+        own.resize(valueCount(areaPixelCount(area)));
+        outData(own, QStringLiteral("normal_area_") + key + QStringLiteral("_before.txt"),
+                QStringLiteral(","), valuesPerPixel, QString());
+    });
 }
 
 StepOutcome PartitionMerge::Revision::reviseSeams()
@@ -184,10 +188,13 @@ StepOutcome PartitionMerge::Revision::reviseSeams()
         return m_engine.startRevise(seam.direction, seam.current, seam.next, m_request.areas,
                                     m_zones.map());
     });
-    if (!outcome.failed())
+    if (outcome.failed())
+        return outcome;
+    passOverFailures([&] {
         outData(m_result.coefData, tr("分区融合后融合区域系数.txt"), QStringLiteral(","),
                 valuesPerPixel, QString());
-    return outcome;
+    });
+    return {};
 }
 
 StepOutcome PartitionMerge::Revision::saveZones()

@@ -125,9 +125,11 @@ enum_ErrCodeType PartitionMerge::Saving::save(int, const CoefsZoneInfo &zone,
                          ScreenTable(m_engine.m_screenRect), m_result.coefData, ownCoefs))
         return ErrCode_IndexOutOfRange;
 
-    outData(zone.m_arrayData,
-            QStringLiteral("normal_areaEx_") + zone.getAreaID() + QStringLiteral("_after.txt"),
-            QStringLiteral(","), valuesPerPixel, QString());
+    passOverFailures([&] {
+        outData(zone.m_arrayData,
+                QStringLiteral("normal_areaEx_") + zone.getAreaID() + QStringLiteral("_after.txt"),
+                QStringLiteral(","), valuesPerPixel, QString());
+    });
     if (m_toFile && !m_engine.saveCombineAreaCoef(m_path, &areaZone)) {
         logPlain("Save combine area cofficient failed!");
         return ErrCode_SaveCombineCoefFailed;
@@ -139,6 +141,8 @@ enum_ErrCodeType PartitionMerge::Saving::save(int, const CoefsZoneInfo &zone,
 void PartitionMerge::Saving::finish() const
 {
     capCoefficients(m_result.coefData);
-    outData(m_result.coefData, tr("分区融合后系数.txt"), QStringLiteral(","), valuesPerPixel,
-            QString());
+    passOverFailures([&] {
+        outData(m_result.coefData, tr("分区融合后系数.txt"), QStringLiteral(","), valuesPerPixel,
+                QString());
+    });
 }

@@ -11,6 +11,16 @@ FuncRunningState::Observer &installedObserver()
     return observer;
 }
 
+/// A guard stands outside of whatever catches exceptions, so none may come from it.
+void tellObserver(const char *event, const QString &function) noexcept
+{
+    try {
+        if (installedObserver())
+            installedObserver()(event, function);
+    } catch (...) { // told or not, the function runs
+    }
+}
+
 } // namespace
 
 void FuncRunningState::setObserver(Observer observer)
@@ -21,12 +31,10 @@ void FuncRunningState::setObserver(Observer observer)
 FuncRunningState::FuncRunningState(const QString &function)
     : m_function(function)
 {
-    if (installedObserver())
-        installedObserver()("entered", m_function);
+    tellObserver("entered", m_function);
 }
 
 FuncRunningState::~FuncRunningState()
 {
-    if (installedObserver())
-        installedObserver()("left", m_function);
+    tellObserver("left", m_function);
 }

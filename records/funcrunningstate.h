@@ -14,7 +14,7 @@ class SEAMREVISION_EXPORT FuncRunningState
 {
 public:
     /// Told "entered" or "left" and the qualified name, "PartitionMerge::startRevise". Called on
-    /// the engine's thread; it must not throw.
+    /// the engine's thread; what it throws is dropped.
     using Observer = std::function<void(const char *event, const QString &function)>;
 
     /// Installs the process's one observer; an empty one removes it. Only while no engine runs.

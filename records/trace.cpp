@@ -2,10 +2,37 @@
 
 #include "records/errinfo.h"
 
-#include <QDebug>
+#include <QMessageLogger>
 
 namespace seamrevision
 {
+
+namespace
+{
+
+using WriteLine = void (QMessageLogger::*)(const char *format, ...) const;
+
+/// Hands a line to the message handler. Lines are written where memory has just run out, and
+/// where nothing may be thrown any more: one that cannot be made is dropped.
+void write(WriteLine writeLine, const char *text) noexcept
+{
+    try {
+        (QMessageLogger().*writeLine)("%s", text);
+    } catch (...) { // nobody is left to tell
+    }
+}
+
+void writeTraced(WriteLine writeLine, const QString &function, int line,
+                 const char *message) noexcept
+{
+    try {
+        const QByteArray text = generateErrInfo(function, line, QString::fromUtf8(message));
+        write(writeLine, QString::fromUtf8(text).toLocal8Bit().constData());
+    } catch (...) { // nobody is left to tell
+    }
+}
+
+} // namespace
 
 Trace::Trace(const QString &function)
     : m_function(function)
@@ -15,28 +42,22 @@ Trace::Trace(const QString &function)
 
 void Trace::critical(int line, const char *message) const
 {
-    QMessageLogger().critical() << tracedText(line, message).constData();
+    writeTraced(&QMessageLogger::critical, m_function, line, message);
 }
 
 void Trace::warning(int line, const char *message) const
 {
-    QMessageLogger().warning() << tracedText(line, message).constData();
+    writeTraced(&QMessageLogger::warning, m_function, line, message);
 }
 
 void Trace::debug(int line, const char *message) const
 {
-    QMessageLogger().debug() << tracedText(line, message).constData();
-}
-
-QByteArray Trace::tracedText(int line, const char *message) const
-{
-    return QString::fromUtf8(generateErrInfo(m_function, line, QString::fromUtf8(message)))
-        .toLocal8Bit();
+    writeTraced(&QMessageLogger::debug, m_function, line, message);
 }
 
 void logPlain(const char *message)
 {
-    QMessageLogger().debug() << message;
+    write(&QMessageLogger::debug, message);
 }
 
 } // namespace seamrevision

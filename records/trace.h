@@ -4,7 +4,8 @@
 
 #include <QString>
 
-/// How the library reports to the host's Qt message handler, without file or line context.
+/// How the library reports to the host's Qt message handler, without file or line context. Logging
+/// never throws: a line for which there is no memory is dropped.
 namespace seamrevision
 {
 
@@ -20,8 +21,6 @@ public:
     void debug(int line, const char *message) const;
 
 private:
-    QByteArray tracedText(int line, const char *message) const;
-
     const QString m_function;
     const FuncRunningState m_running;
 };
