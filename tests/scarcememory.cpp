@@ -29,8 +29,10 @@ constexpr bool newCallsOurMalloc = false;
 constexpr bool newCallsOurMalloc = true;
 
 extern "C" {
+// NOLINTBEGIN(bugprone-reserved-identifier): the names are the C library's.
 void *__libc_malloc(std::size_t size);
 void *__libc_realloc(void *memory, std::size_t size);
+// NOLINTEND(bugprone-reserved-identifier)
 
 void *malloc(std::size_t size) noexcept
 {
