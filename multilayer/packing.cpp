@@ -25,6 +25,24 @@ quint32 packedWord(const int *values)
     return code(values[0]) | code(values[1]) << 10 | code(values[2]) << 20;
 }
 
+/// Packs a pixel into the bytes from offset to end.
+void packRow(const std::vector<int> &row, unsigned char *packed, std::size_t offset,
+             std::size_t end)
+{
+    const std::size_t wordCount = row.size() / valuesPerWord;
+    const int *values = row.data();
+    for (std::size_t word = 0; word < wordCount && offset < end; ++word) {
+        unsigned char littleEndian[wordBytes];
+        qToLittleEndian(packedWord(values), littleEndian);
+        if (offset + wordBytes <= end)
+            std::copy_n(littleEndian, wordBytes, packed + offset);
+        else
+            std::copy_n(littleEndian, end - offset, packed + offset);
+        offset += wordBytes;
+        values += valuesPerWord;
+    }
+}
+
 } // namespace
 
 ST_LedZoneInfo ledZoneInfo(const ZoneBaseInfo &zone)
@@ -38,42 +56,20 @@ ST_LedZoneInfo ledZoneInfo(const NQRect &screen)
     return {QString(), screen.top(), screen.left(), screen.bottom(), screen.right()};
 }
 
-PixelPacker::PixelPacker(const ST_LedZoneInfo &zone, unsigned int packedWidth, int layerCount,
-                         std::vector<unsigned char> &packed)
-    : m_packedWidth(packedWidth)
-    , m_packed(packed)
+void packCoefs(const ST_LedZoneInfo &zone, const std::vector<std::vector<int>> &table,
+               unsigned int packedWidth, int layerCount, std::vector<unsigned char> &packed)
 {
     const auto layers = static_cast<std::size_t>(std::max(0, layerCount));
     const auto columns = static_cast<std::size_t>(sideLength(zone.begPixCol, zone.endPixCol));
     const auto rows = static_cast<std::size_t>(sideLength(zone.begPixRow, zone.endPixRow));
-    m_packed.assign(columns * rows * m_packedWidth * layers, 0);
-}
-
-void PixelPacker::add(const std::vector<int> &row)
-{
-    const std::size_t wordCount = row.size() / valuesPerWord;
-    const std::size_t end = std::min(m_offset + wordCount * m_packedWidth, m_packed.size());
-    std::size_t offset = m_offset;
-    const int *values = row.data();
-    for (std::size_t word = 0; word < wordCount && offset < end; ++word) {
-        unsigned char littleEndian[wordBytes];
-        qToLittleEndian(packedWord(values), littleEndian);
-        if (offset + wordBytes <= end)
-            std::copy_n(littleEndian, wordBytes, m_packed.data() + offset);
-        else
-            std::copy_n(littleEndian, end - offset, m_packed.data() + offset);
-        offset += wordBytes;
-        values += valuesPerWord;
+    packed.assign(columns * rows * packedWidth * layers, 0);
+    std::size_t offset = 0;
+    for (const std::vector<int> &row : table) {
+        const std::size_t rowBytes = row.size() / valuesPerWord * packedWidth;
+        const std::size_t end = std::min(offset + rowBytes, packed.size());
+        packRow(row, packed.data(), offset, end);
+        offset = end;
     }
-    m_offset = end;
-}
-
-void packCoefs(const ST_LedZoneInfo &zone, const std::vector<std::vector<int>> &table,
-               unsigned int packedWidth, int layerCount, std::vector<unsigned char> &packed)
-{
-    PixelPacker packer(zone, packedWidth, layerCount, packed);
-    for (const std::vector<int> &row : table)
-        packer.add(row);
 }
 
 } // namespace seamrevision

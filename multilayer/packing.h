@@ -4,7 +4,6 @@
 #include "records/nqrect.h"
 #include "records/zonebaseinfo.h"
 
-#include <cstddef>
 #include <vector>
 
 namespace seamrevision
@@ -14,33 +13,16 @@ namespace seamrevision
 ST_LedZoneInfo ledZoneInfo(const ZoneBaseInfo &zone);
 ST_LedZoneInfo ledZoneInfo(const NQRect &screen);
 
-/// Packs layered coefficients, one row a pixel, into 10-bit codes.
+/// Packs a table of layered coefficients, one row a pixel, into 10-bit codes.
 ///
 /// Each three values of a row make one 32-bit word: code(0) | code(1) << 10 | code(2) << 20, where
 /// the code of a value is (value - 512) / 2, 0 from 512 down and 1023 from 2560 up. The words of a
 /// pixel are stored little-endian, 4 bytes apart. Part of the file format.
 ///
 /// A pixel takes as many times packedWidth bytes as it has words, so only a width of 4 is
-/// consistent; words are cut where their pixel ends. The output has packedWidth * layerCount bytes
-/// for every pixel of the zone's rectangle, 0 where no pixel was added; nothing is written outside
-/// it.
-class PixelPacker
-{
-public:
-    /// Sizes the output, which must live while pixels are added.
-    PixelPacker(const ST_LedZoneInfo &zone, unsigned int packedWidth, int layerCount,
-                std::vector<unsigned char> &packed);
-
-    /// Packs the next pixel.
-    void add(const std::vector<int> &row);
-
-private:
-    const std::size_t m_packedWidth;
-    std::vector<unsigned char> &m_packed;
-    std::size_t m_offset = 0;
-};
-
-/// Packs a whole table.
+/// consistent; words are cut where their pixel ends. The output gets packedWidth * layerCount bytes
+/// for every pixel of the zone's rectangle, 0 where the table has no row; nothing is written
+/// outside it.
 void packCoefs(const ST_LedZoneInfo &zone, const std::vector<std::vector<int>> &table,
                unsigned int packedWidth, int layerCount, std::vector<unsigned char> &packed);
 
