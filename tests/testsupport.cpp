@@ -92,8 +92,10 @@ wallmodel::Outcome Host::revise(PartitionMerge &engine)
 int Host::ReadAllIDAreaCoefIDs(QMap<int, CoefsZoneInfo *> &zones)
 {
     // Zones handed out before a failure are the caller's too.
-    for (const auto &entry : wall.stored)
-        zones.insert(entry.first, new CoefsZoneInfo());
+    for (const auto &entry : wall.stored) {
+        CoefsZoneInfo *&zone = zones[entry.first]; // first, or without memory for it a zone leaks
+        zone = new CoefsZoneInfo();
+    }
     return onList();
 }
 
