@@ -1,8 +1,8 @@
 #include "benchwall.h"
 
 #include "figures.h"
-#include "partitionmerge/partitionmerge.h"
 #include "records/pixelmath.h"
+#include <seamrevision/partitionmerge.h>
 
 #include <algorithm>
 

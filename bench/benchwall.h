@@ -1,12 +1,12 @@
 #pragma once
 
-#include "records/areainfobase.h"
-#include "records/coefszoneinfo.h"
-#include "records/multilayercoefzoneinfo.h"
-#include "records/nqrect.h"
-#include "records/nqsize.h"
-#include "records/reviseresult.h"
-#include "records/screendatabasemanager.h"
+#include <seamrevision/areainfobase.h>
+#include <seamrevision/coefszoneinfo.h>
+#include <seamrevision/multilayercoefzoneinfo.h>
+#include <seamrevision/nqrect.h>
+#include <seamrevision/nqsize.h>
+#include <seamrevision/reviseresult.h>
+#include <seamrevision/screendatabasemanager.h>
 
 #include <QMap>
 #include <QString>

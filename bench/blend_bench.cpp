@@ -1,10 +1,10 @@
 #include "benchwall.h"
 #include "cases.h"
 #include "figures.h"
-#include "multilayer/multilayerpartitionmerge.h"
-#include "partitionmerge/blend.h"
-#include "partitionmerge/partitionmerge.h"
 #include "plainrevision.h"
+#include "revision/blend.h"
+#include <seamrevision/multilayerpartitionmerge.h>
+#include <seamrevision/partitionmerge.h>
 
 #include <utility>
 

@@ -1,6 +1,6 @@
 #include "cases.h"
 #include "figures.h"
-#include "records/des.h"
+#include <seamrevision/des.h>
 
 #include <random>
 #include <string>

@@ -2,7 +2,7 @@
 #include "cases.h"
 #include "coeffiles/textdump.h"
 #include "figures.h"
-#include "records/localconfig.h"
+#include <seamrevision/localconfig.h>
 
 #include <QFile>
 #include <QTemporaryDir>

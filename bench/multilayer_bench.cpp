@@ -2,8 +2,8 @@
 #include "cases.h"
 #include "figures.h"
 #include "movement.h"
-#include "multilayer/multilayerpartitionmerge.h"
 #include "plainrevision.h"
+#include <seamrevision/multilayerpartitionmerge.h>
 
 namespace bench
 {

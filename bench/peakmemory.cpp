@@ -3,7 +3,7 @@
 #include "benchwall.h"
 #include "cases.h"
 #include "figures.h"
-#include "multilayer/multilayerpartitionmerge.h"
+#include <seamrevision/multilayerpartitionmerge.h>
 
 #include <cstdio>
 #include <cstring>

@@ -2,9 +2,9 @@
 #include "cases.h"
 #include "figures.h"
 #include "movement.h"
-#include "partitionmerge/partitionmerge.h"
 #include "plainrevision.h"
-#include "records/des.h"
+#include <seamrevision/des.h>
+#include <seamrevision/partitionmerge.h>
 
 #include <QFile>
 #include <QTemporaryDir>

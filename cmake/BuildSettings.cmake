@@ -27,10 +27,13 @@ if(SEAMREVISION_WARNINGS_AS_ERRORS)
     target_compile_options(seamrevision_settings INTERFACE -Werror)
 endif()
 
-# seamrevision_add_part(NAME sources...): the object library of one folder.
-function(seamrevision_add_part name)
+# seamrevision_add_room(ROOM sources...): the object library of one folder of the library.
+# What is public is what lies in include/; sources and unit tests also reach src/.
+function(seamrevision_add_room room)
+    set(name seamrevision_${room})
     add_library(${name} OBJECT ${ARGN})
-    target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR} ${PROJECT_BINARY_DIR}/include)
+    target_include_directories(${name} PUBLIC
+        ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/include ${PROJECT_BINARY_DIR}/include)
     target_compile_definitions(${name} PRIVATE seamrevision_EXPORTS)
     target_link_libraries(${name} PUBLIC Qt5::Core PRIVATE seamrevision_settings)
 endfunction()

@@ -4,8 +4,10 @@ include(GenerateExportHeader)
 
 add_library(seamrevision SHARED
     $<TARGET_OBJECTS:seamrevision_records>
+    $<TARGET_OBJECTS:seamrevision_cipher>
     $<TARGET_OBJECTS:seamrevision_coeffiles>
-    $<TARGET_OBJECTS:seamrevision_partitionmerge>
+    $<TARGET_OBJECTS:seamrevision_revision>
+    $<TARGET_OBJECTS:seamrevision_singlelayer>
     $<TARGET_OBJECTS:seamrevision_multilayer>)
 add_library(SeamRevision::seamrevision ALIAS seamrevision)
 set_target_properties(seamrevision PROPERTIES
@@ -13,23 +15,18 @@ set_target_properties(seamrevision PROPERTIES
     SOVERSION ${PROJECT_VERSION_MAJOR})
 target_compile_features(seamrevision PUBLIC cxx_std_17)
 target_include_directories(seamrevision PUBLIC
-    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
+    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
     $<BUILD_INTERFACE:${PROJECT_BINARY_DIR}/include>
-    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/seamrevision>)
+    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 target_link_libraries(seamrevision PUBLIC Qt5::Core)
 
 generate_export_header(seamrevision
-    EXPORT_FILE_NAME ${PROJECT_BINARY_DIR}/include/seamrevision_export.h)
+    EXPORT_FILE_NAME ${PROJECT_BINARY_DIR}/include/seamrevision/export.h)
 
 install(TARGETS seamrevision EXPORT SeamRevisionTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-foreach(header IN LISTS SEAMREVISION_PUBLIC_HEADERS)
-    get_filename_component(folder ${header} DIRECTORY)
-    install(FILES ${PROJECT_SOURCE_DIR}/${header}
-        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/seamrevision/${folder})
-endforeach()
-install(FILES ${PROJECT_BINARY_DIR}/include/seamrevision_export.h
-    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/seamrevision)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/ ${PROJECT_BINARY_DIR}/include/
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/SeamRevision)
 install(EXPORT SeamRevisionTargets NAMESPACE SeamRevision:: DESTINATION ${package_dir})

@@ -1,9 +1,9 @@
 // The smallest host: a screen of 8 x 2 pixels, two partitions side by side, corrected with
 // different gains. Revises their seam and prints the gain of every pixel of the upper row.
 
-#include <multilayer/multilayerpartitionmerge.h>
-#include <partitionmerge/partitionmerge.h>
-#include <records/screendatabasemanager.h>
+#include <seamrevision/multilayerpartitionmerge.h>
+#include <seamrevision/partitionmerge.h>
+#include <seamrevision/screendatabasemanager.h>
 
 #include <iostream>
 

@@ -1,5 +1,5 @@
-#include "seamrevise/commandline.h"
-#include "seamrevise/exitcode.h"
+#include "commands/commandline.h"
+#include "commands/exitcode.h"
 
 #include <QCoreApplication>
 #include <QTextCodec>

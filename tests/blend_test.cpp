@@ -1,4 +1,4 @@
-#include "partitionmerge/blend.h"
+#include "revision/blend.h"
 
 #include <gtest/gtest.h>
 

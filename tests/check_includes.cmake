@@ -1,68 +1,105 @@
-# Reads every #include of the tree below SOURCE_DIR and fails on one against the arrows:
-#     coeffiles -> records
-#     partitionmerge -> coeffiles, records
-#     multilayer -> partitionmerge, coeffiles, records
-#     seamrevise, examples -> public headers only
-#     public headers -> public headers only
-# PUBLIC_HEADERS is the file that lists the public headers.
+# Reads every #include of the tree below SOURCE_DIR and fails on one against the arrows below.
+# Sources name the room of a header, "revision/blend.h"; a public header is <seamrevision/des.h>
+# and belongs to the room of its class. It includes public headers only.
 
 cmake_minimum_required(VERSION 3.25)
-include(${PUBLIC_HEADERS})
-set(folders records coeffiles partitionmerge multilayer seamrevise examples)
+set(library_rooms records cipher coeffiles revision singlelayer multilayer)
 set(arrows_records "")
-set(arrows_coeffiles records)
-set(arrows_partitionmerge coeffiles records)
-set(arrows_multilayer partitionmerge coeffiles records)
-set(project_folders ${folders} tests bench fuzz)
-# Made by the build.
-set(generated_headers seamrevision_export.h)
+set(arrows_cipher "")
+set(arrows_coeffiles records cipher)
+set(arrows_revision coeffiles records)
+set(arrows_singlelayer revision coeffiles records)
+set(arrows_multilayer singlelayer revision coeffiles records)
+# Public headers are those of records but for these.
+set(room_of_des.h cipher)
+set(room_of_partitionmerge.h singlelayer)
+set(room_of_multilayerpartitionmerge.h multilayer)
 
-# is_allowed(FILE HEADER OUT): both are paths from the top of the tree.
+# The program knows the library by its public headers.
+set(program_rooms store numbers delivery exchange pictures simulation engines commands)
+set(arrows_store "")
+set(arrows_numbers store)
+set(arrows_exchange store)
+set(arrows_delivery store exchange)
+set(arrows_pictures store numbers)
+set(arrows_simulation store)
+set(arrows_engines store numbers exchange)
+set(arrows_commands ${program_rooms})
+
+# room_of_file(FILE TREE ROOM): the path from the top of the tree; the program's main is a command.
+function(room_of_file file tree room)
+    set(${tree} other PARENT_SCOPE)
+    set(${room} "" PARENT_SCOPE)
+    if(file MATCHES "^include/seamrevision/(.+)$")
+        room_of_public_header(${CMAKE_MATCH_1} public_room)
+        set(${tree} public PARENT_SCOPE)
+        set(${room} ${public_room} PARENT_SCOPE)
+    elseif(file MATCHES "^src/([^/]+)/")
+        set(${tree} library PARENT_SCOPE)
+        set(${room} ${CMAKE_MATCH_1} PARENT_SCOPE)
+    elseif(file MATCHES "^seamrevise/([^/]+)/")
+        set(${tree} program PARENT_SCOPE)
+        set(${room} ${CMAKE_MATCH_1} PARENT_SCOPE)
+    elseif(file MATCHES "^seamrevise/")
+        set(${tree} program PARENT_SCOPE)
+        set(${room} commands PARENT_SCOPE)
+    endif()
+endfunction()
+
+function(room_of_public_header header room)
+    set(${room} records PARENT_SCOPE)
+    if(DEFINED room_of_${header})
+        set(${room} ${room_of_${header}} PARENT_SCOPE)
+    endif()
+endfunction()
+
+# is_allowed(FILE HEADER OUT)
 function(is_allowed file header out)
-    string(REGEX REPLACE "/.*" "" from ${file})
-    string(REGEX REPLACE "/.*" "" to ${header})
+    room_of_file(${file} tree from)
     set(${out} FALSE PARENT_SCOPE)
-    if(header IN_LIST generated_headers OR header MATCHES "^[^/]+\\.moc$")
-        set(${out} TRUE PARENT_SCOPE)
-    elseif(file IN_LIST SEAMREVISION_PUBLIC_HEADERS)
-        if(header IN_LIST SEAMREVISION_PUBLIC_HEADERS)
+    if(header STREQUAL "seamrevision/export.h" OR header MATCHES "^[^/]+\\.moc$")
+        set(${out} TRUE PARENT_SCOPE) # made by the build
+    elseif(header MATCHES "^seamrevision/([^/]+)$")
+        room_of_public_header(${CMAKE_MATCH_1} to)
+        if(NOT tree MATCHES "public|library" OR to STREQUAL from OR to IN_LIST arrows_${from})
             set(${out} TRUE PARENT_SCOPE)
         endif()
-    elseif(from STREQUAL to)
-        set(${out} TRUE PARENT_SCOPE)
-    elseif(from STREQUAL "seamrevise" OR from STREQUAL "examples")
-        if(header IN_LIST SEAMREVISION_PUBLIC_HEADERS)
+    elseif(header MATCHES "^([^/.]+)/[^/]+$")
+        set(to ${CMAKE_MATCH_1})
+        if(tree MATCHES "library|program" AND to IN_LIST ${tree}_rooms
+           AND (to STREQUAL from OR to IN_LIST arrows_${from}))
             set(${out} TRUE PARENT_SCOPE)
         endif()
-    elseif(to IN_LIST arrows_${from})
-        set(${out} TRUE PARENT_SCOPE)
     endif()
 endfunction()
 
 set(violations "")
 set(include_count 0)
-foreach(folder IN LISTS folders)
-    file(GLOB_RECURSE files RELATIVE ${SOURCE_DIR}
-        ${SOURCE_DIR}/${folder}/*.h ${SOURCE_DIR}/${folder}/*.cpp ${SOURCE_DIR}/${folder}/*.inc)
-    foreach(file IN LISTS files)
-        file(STRINGS ${SOURCE_DIR}/${file} lines REGEX "^[ \t]*#[ \t]*include")
-        foreach(line IN LISTS lines)
-            if(NOT line MATCHES "include[ \t]*([\"<])([^\">]+)[\">]")
-                continue()
-            endif()
-            set(opening ${CMAKE_MATCH_1})
-            set(header ${CMAKE_MATCH_2})
-            string(REGEX REPLACE "/.*" "" to ${header})
-            # What stands in angle brackets is Qt's or the standard's, unless it is ours.
-            if(opening STREQUAL "<" AND NOT to IN_LIST project_folders)
-                continue()
-            endif()
-            math(EXPR include_count "${include_count} + 1")
-            is_allowed(${file} ${header} allowed)
-            if(NOT allowed)
-                list(APPEND violations "${file} includes ${header}")
-            endif()
-        endforeach()
+file(GLOB_RECURSE files RELATIVE ${SOURCE_DIR}
+    ${SOURCE_DIR}/include/*.h
+    ${SOURCE_DIR}/src/*.h ${SOURCE_DIR}/src/*.cpp ${SOURCE_DIR}/src/*.inc
+    ${SOURCE_DIR}/seamrevise/*.h ${SOURCE_DIR}/seamrevise/*.cpp
+    ${SOURCE_DIR}/examples/*.h ${SOURCE_DIR}/examples/*.cpp)
+foreach(file IN LISTS files)
+    file(STRINGS ${SOURCE_DIR}/${file} lines REGEX "^[ \t]*#[ \t]*include")
+    foreach(line IN LISTS lines)
+        if(NOT line MATCHES "include[ \t]*([\"<])([^\">]+)[\">]")
+            continue()
+        endif()
+        set(opening ${CMAKE_MATCH_1})
+        set(header ${CMAKE_MATCH_2})
+        # What stands in angle brackets is Qt's or the standard's, unless it is ours.
+        string(REGEX REPLACE "/.*" "" folder ${header})
+        if(opening STREQUAL "<"
+           AND NOT folder IN_LIST library_rooms AND NOT folder IN_LIST program_rooms
+           AND NOT folder MATCHES "^(seamrevision|seamrevise|src|include|tests|bench|fuzz)$")
+            continue()
+        endif()
+        math(EXPR include_count "${include_count} + 1")
+        is_allowed(${file} ${header} allowed)
+        if(NOT allowed)
+            list(APPEND violations "${file} includes ${header}")
+        endif()
     endforeach()
 endforeach()
 

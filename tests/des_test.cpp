@@ -1,6 +1,6 @@
-#include "records/des.h"
-#include "records/desbitslice.h"
-#include "records/descbc.h"
+#include "cipher/bitslice.h"
+#include "cipher/cbc.h"
+#include <seamrevision/des.h>
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 #include "scarcememory.h"
 #include "testsupport.h"
 
-#include "records/funcrunningstate.h"
-#include "records/multilayerconfig.h"
+#include <seamrevision/funcrunningstate.h>
+#include <seamrevision/multilayerconfig.h>
 
 #include <QDir>
 #include <QElapsedTimer>

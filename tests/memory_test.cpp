@@ -1,6 +1,6 @@
-#include "records/funcrunningstate.h"
 #include "scarcememory.h"
 #include "testsupport.h"
+#include <seamrevision/funcrunningstate.h>
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-#include "records/areainfobase.h"
-#include "records/nqrect.h"
+#include <seamrevision/areainfobase.h>
+#include <seamrevision/nqrect.h>
 
 #include <gtest/gtest.h>
 

@@ -1,12 +1,12 @@
-#include "seamrevise/borderstep.h"
-#include "seamrevise/coefkind.h"
-#include "seamrevise/commandline.h"
-#include "seamrevise/loglines.h"
-#include "seamrevise/readback.h"
-#include "seamrevise/sqlscreenstore.h"
+#include "commands/commandline.h"
+#include "commands/loglines.h"
+#include "engines/coefkind.h"
+#include "engines/readback.h"
+#include "numbers/borderstep.h"
+#include "store/sqlscreenstore.h"
 
-#include "records/localconfig.h"
 #include "testsupport.h"
+#include <seamrevision/localconfig.h>
 
 #include <QCryptographicHash>
 #include <QDir>

@@ -1,10 +1,10 @@
 // The library as it ships: whatever is used here must be exported, and there once per process.
 
-#include "records/des.h"
-#include "records/errinfo.h"
-#include "records/funcrunningstate.h"
-#include "records/multilayerconfig.h"
 #include "testsupport.h"
+#include <seamrevision/des.h>
+#include <seamrevision/errinfo.h>
+#include <seamrevision/funcrunningstate.h>
+#include <seamrevision/multilayerconfig.h>
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "testsupport.h"
 
-#include "records/des.h"
+#include <seamrevision/des.h>
 
 #include <QCoreApplication>
 #include <QDir>

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "multilayer/multilayerpartitionmerge.h"
-#include "records/localconfig.h"
-#include "records/multilayercoefzoneinfo.h"
-#include "records/screendatabasemanager.h"
 #include "wallmodel.h"
+#include <seamrevision/localconfig.h>
+#include <seamrevision/multilayercoefzoneinfo.h>
+#include <seamrevision/multilayerpartitionmerge.h>
+#include <seamrevision/screendatabasemanager.h>
 
 #include <QTemporaryDir>
 

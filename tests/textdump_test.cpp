@@ -1,6 +1,6 @@
 #include "coeffiles/textdump.h"
-#include "records/funcrunningstate.h"
 #include "testsupport.h"
+#include <seamrevision/funcrunningstate.h>
 
 #include <gtest/gtest.h>
 

@@ -1,0 +1,106 @@
+#pragma once
+
+#include "seamrevision/export.h"
+#include "seamrevision/multilayercoefzoneinfo.h"
+#include "seamrevision/partitionmerge.h"
+
+#include <QMap>
+#include <QString>
+
+#include <vector>
+
+// The layered steps hide the single-layer ones of the same names, and mean to: a layered revision
+// must never call a single-layer step by accident.
+#ifdef __clang__
+#pragma clang diagnostic push
+#pragma clang diagnostic ignored "-Woverloaded-virtual"
+#endif
+
+/// The layered engine: the same revision as PartitionMerge for screens whose pixels carry
+/// 3 * layer count signed 32-bit coefficients, 4096 neutral, and a packed form of 10-bit codes.
+///
+/// Numbers, keys, ownership and threads are those of PartitionMerge. The steps take layered zones;
+/// they hide the single-layer steps of the same names and override none. This class has no
+/// meta-object of its own: class name and translation context are PartitionMerge's.
+class SEAMREVISION_EXPORT MultiLayerPartitionMerge : public PartitionMerge
+{
+public:
+    /// Keeps the parameters and never reads them. The layer count starts at 4.
+    explicit MultiLayerPartitionMerge(const std::vector<unsigned int> &layerParams);
+    ~MultiLayerPartitionMerge() override;
+
+    /// Sets the layer count. Any value is taken; below 1 rows are empty.
+    void setLayerSize(int size);
+
+    /// Runs one revision; the arguments are those of PartitionMerge::boundaryModifying.
+    ///
+    /// On success the result holds a row of 3 * layer count values for every pixel of screenRect,
+    /// at most 4096 each, and their packed codes, 4 * layer count bytes a pixel; the files hold
+    /// the values as revised. Rows of uncorrected partitions are zero; with
+    /// ScreenType_PartitionFile they get neutral files.
+    ST_ReviseResult boundaryModifying(QString coefPath, enum_ScreenType screenType,
+                                      QMap<QString, AreaInfoBase *> areas,
+                                      baseCommon::NQSize partitionGrid, NQRect screenRect,
+                                      baseCommon::NQSize zoneSize, int edgeMargin) override;
+
+    /// Reads both coefficient files of a partition of the latest revision, written with the same
+    /// layer count. False leaves an output as it was; the table may be replaced although the
+    /// packed file could not be read. Rows that were there before and are longer keep their tail.
+    virtual bool readCoef(QString dir, QString areaId, std::vector<std::vector<int>> &coefTable,
+                          std::vector<unsigned char> &zipBytes);
+
+protected:
+    /// A new zone without coefficients: the partition grown by the band and clipped to the screen.
+    /// The caller owns it; null if there is no memory.
+    MultiLayerCoefZoneInfo *getScreenCoefEx(const AreaInfoBase &area, int exCols, int exRows);
+
+    /// Fills a zone with a corrected partition's stored coefficients. Neither pointer may be null.
+    bool readCofficients(MultiLayerCoefZoneInfo *zone, AreaInfoBase *area);
+
+    /// Copies the sub-area's pixels inside the area zone's rectangle, one after the other, into
+    /// the area zone's table.
+    bool subInfoCoefToAreaCoef(MultiLayerCoefZoneInfo *subInfoCoef,
+                               MultiLayerCoefZoneInfo *areaCoef);
+
+    /// Finds the two partitions of a seam and blends their zones; skips the seam, with success, if
+    /// one of them is not corrected.
+    enum_ErrCodeType startRevise(enum_ReviseDirection direction, int currentIndex, int nextIndex,
+                                 QMap<QString, AreaInfoBase *> areas,
+                                 QMap<int, MultiLayerCoefZoneInfo *> zones);
+
+    /// Blends the strip that two zones share, in place. What is blended before a failed index
+    /// check stays blended.
+    enum_ErrCodeType partitionCoefRevise(MultiLayerCoefZoneInfo *currentZone,
+                                         MultiLayerCoefZoneInfo *nextZone,
+                                         enum_ReviseDirection direction, int edgeMargin);
+
+    /// Cuts each corrected partition out of its revised zone into the result's table, which must
+    /// have its rows, and into its files; then packs the table.
+    enum_ErrCodeType saveRevisedCoef(const QMap<int, MultiLayerCoefZoneInfo *> &coefsZoneInfos,
+                                     QMap<QString, AreaInfoBase *> areas, QString dir,
+                                     enum_ScreenType screenType, ST_ReviseResult &result);
+
+    /// Writes a zone's table and packed bytes to their two encrypted files.
+    bool saveCombineAreaCoef(QString dir, MultiLayerCoefZoneInfo *zone);
+    /// Writes dir + "/" + area id + "_m"; dir must exist.
+    bool saveCombineAreaOrgCoef(QString dir, MultiLayerCoefZoneInfo *zone);
+    /// Writes dir + "/" + area id + "_zip"; dir must exist.
+    bool saveCombineAreaZipCoef(QString dir, MultiLayerCoefZoneInfo *zone);
+
+    bool readOrgCoef(QString dir, QString areaId, std::vector<std::vector<int>> &coefTable);
+    bool readZipCoef(QString dir, QString areaId, std::vector<unsigned char> &zipBytes);
+
+    std::vector<unsigned int> m_layerParams; ///< as given to the constructor
+    int m_layerSize = 4;                     ///< layers per colour; may be 0 or negative
+
+private:
+    class Revision;
+    class Saving;
+
+    /// Values of a pixel: 3 * layer count, none for a layer count below 1.
+    std::size_t valuesPerPixel() const;
+};
+
+#ifdef __clang__
+#pragma clang diagnostic pop
+#endif

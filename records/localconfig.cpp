@@ -1,7 +1,0 @@
-#include "records/localconfig.h"
-
-LocalConfig &LocalConfig::getInstance()
-{
-    static LocalConfig instance;
-    return instance;
-}

@@ -1,7 +1,0 @@
-#include "records/multilayerconfig.h"
-
-MultiLayerConfig *MultiLayerConfig::instance()
-{
-    static MultiLayerConfig config;
-    return &config;
-}

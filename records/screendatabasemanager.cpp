@@ -1,3 +1,0 @@
-#include "records/screendatabasemanager.h"
-
-ScreenDataBaseManager::~ScreenDataBaseManager() = default;

@@ -1,0 +1,49 @@
+#include "commands/progress.h"
+
+#include <seamrevision/funcrunningstate.h>
+
+namespace seamrevise
+{
+
+void Progress::show(const char *activity, int done, int total)
+{
+    if (!m_stream)
+        return;
+    *m_stream << "\r\033[K" << activity << ' ' << done << " of " << total << std::flush;
+    m_isShown = true;
+}
+
+void Progress::clear()
+{
+    if (m_isShown)
+        *m_stream << "\r\033[K" << std::flush;
+    m_isShown = false;
+}
+
+EngineProgress::EngineProgress(Progress &progress, int loadCount, int seamCount, int saveCount)
+    : m_progress(progress)
+    , m_activities{{"loading", QLatin1String("::readCofficients"), loadCount, 0},
+                   {"revising", QLatin1String("::partitionCoefRevise"), seamCount, 0},
+                   {"saving", QLatin1String("::saveCombineAreaCoef"), saveCount, 0}}
+{
+    FuncRunningState::setObserver([this](const char *event, const QString &function) {
+        if (event[0] == 'e')
+            entered(function);
+    });
+}
+
+EngineProgress::~EngineProgress()
+{
+    FuncRunningState::setObserver(nullptr);
+    m_progress.clear();
+}
+
+void EngineProgress::entered(const QString &function)
+{
+    for (Activity &activity : m_activities) {
+        if (function.endsWith(activity.function))
+            m_progress.show(activity.text, ++activity.done, activity.total);
+    }
+}
+
+} // namespace seamrevise

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <seamrevision/nqsize.h>
+
+#include <QString>
+
+#include <ostream>
+#include <vector>
+
+namespace seamrevise
+{
+
+struct SimulateOptions
+{
+    QString database;
+    baseCommon::NQSize size; ///< pixels of the wall
+    baseCommon::NQSize grid; ///< columns and rows of partitions, no more than pixels
+    baseCommon::NQSize band{16, 16};
+    quint64 seed = 1;
+    std::vector<int> uncorrected; ///< numbers of partitions without coefficients
+    int layerCount = 0;           ///< 0: no layered coefficients
+    bool overwrite = false;
+    bool showProgress = false; ///< err is a terminal
+};
+
+/// Makes a screen database of a plausible wall; the same options make the same file. The file
+/// appears whole or not at all. Holds one partition in memory at a time.
+/// Returns an ExitCode; what went wrong is a line on err.
+int simulate(const SimulateOptions &options, std::ostream &out, std::ostream &err);
+
+} // namespace seamrevise

@@ -1,0 +1,182 @@
+#include "engines/coefkind.h"
+#include "exchange/npywriter.h"
+#include "numbers/borderstep.h"
+#include "store/sqlscreenstore.h"
+
+#include <seamrevision/multilayercoefzoneinfo.h>
+#include <seamrevision/multilayerpartitionmerge.h>
+
+#include <algorithm>
+
+namespace seamrevise
+{
+
+namespace
+{
+
+using Rows = std::vector<std::vector<int>>;
+
+/// Gain 1, and the largest value in the result's table; files hold larger ones.
+constexpr int neutral = 4096;
+/// The packed form of a neutral layer, 0x3FFFFFFF, as it lies in the file.
+constexpr unsigned char neutralWord[] = {0xFF, 0xFF, 0xFF, 0x3F};
+constexpr std::size_t wordBytes = sizeof(neutralWord);
+
+/// Of each colour the mean of its layers.
+double luminance(const std::vector<int> &row)
+{
+    double sum = 0.0;
+    for (std::size_t i = 0; i < row.size(); ++i)
+        sum += luminanceWeights[i % 3] * row[i];
+    return sum * 3.0 / static_cast<double>(row.size()) / neutral;
+}
+
+class LayeredKind : public CoefKind
+{
+public:
+    explicit LayeredKind(int layerCount)
+        : m_layerCount(layerCount)
+        , m_neutralRow(static_cast<std::size_t>(layerCount) * 3, neutral)
+        , m_engine({})
+    {
+        m_engine.setLayerSize(layerCount);
+    }
+
+    bool listZones(SqlScreenStore &store, std::vector<StoredZone> &zones) const override
+    {
+        return store.listLayeredZones(m_layerCount, zones);
+    }
+
+    bool readZone(SqlScreenStore &store, int number) override
+    {
+        return store.readMultiLayerAreaCoefficients(static_cast<unsigned int>(m_layerCount),
+                                                    static_cast<unsigned int>(number), m_zone)
+            == 0;
+    }
+    double zoneLuminance(std::size_t pixel) const override
+    {
+        return luminance(m_zone.m_multiLayerCoefs[pixel]);
+    }
+    void releaseZone() override { m_zone = MultiLayerCoefZoneInfo(); }
+
+    PartitionMerge &engine() override { return m_engine; }
+    double resultLuminance(std::size_t pixel) const override
+    {
+        return luminance(m_result.multiLayerCoefData[pixel]);
+    }
+
+    std::vector<FileKind> fileKinds() const override
+    {
+        return {{QStringLiteral("_m"), qint64{m_layerCount} * 3 * 4},
+                {QStringLiteral("_zip"), static_cast<qint64>(packedBytes())}};
+    }
+
+    bool readFiles(const QString &dir, const QString &key, qint64 pixelCount) override
+    {
+        return m_engine.readCoef(dir, key, m_fileRows, m_filePacked)
+            && m_filePacked.size() == static_cast<std::size_t>(pixelCount) * packedBytes();
+    }
+    bool isResult(std::size_t filePixel, std::size_t screenPixel) const override
+    {
+        const std::vector<int> &file = m_fileRows[filePixel];
+        const std::vector<int> &expected = m_result.multiLayerCoefData[screenPixel];
+        const auto packed = m_filePacked.begin() + packedOffset(filePixel);
+        return std::equal(file.begin(), file.end(), expected.begin(), expected.end(),
+                          [](int value, int wanted) { return std::min(value, neutral) == wanted; })
+            && std::equal(packed, packed + static_cast<qint64>(packedBytes()),
+                          m_result.zipCoefData.begin() + packedOffset(screenPixel));
+    }
+    bool isNeutral(std::size_t filePixel) const override
+    {
+        bool isNeutralWord = true;
+        for (std::size_t i = 0; i < packedBytes(); ++i)
+            isNeutralWord
+                &= m_filePacked[filePixel * packedBytes() + i] == neutralWord[i % wordBytes];
+        return isNeutralWord && m_fileRows[filePixel] == m_neutralRow;
+    }
+
+    QStringList partitionDumps(bool withFiles) const override
+    {
+        QStringList names{QStringLiteral("areaEx_%1_before.txt"),
+                          QStringLiteral("area_%1_before.txt"),
+                          QStringLiteral("areaEx_%1_after.txt")};
+        if (withFiles)
+            names += QStringLiteral("areaEx_%1_afterZIP.txt");
+        return names;
+    }
+    QStringList screenDumps() const override
+    {
+        return {QStringLiteral("Multilayer_After_Revise.txt")};
+    }
+
+    QString writeTables(const QString &dir, QStringList &names) const override;
+    QString fillNeutral(const NQRect &partition) override;
+
+private:
+    std::size_t packedBytes() const { return static_cast<std::size_t>(m_layerCount) * wordBytes; }
+    std::ptrdiff_t packedOffset(std::size_t pixel) const
+    {
+        return static_cast<std::ptrdiff_t>(pixel * packedBytes());
+    }
+
+    const int m_layerCount;
+    const std::vector<int> m_neutralRow;
+    MultiLayerPartitionMerge m_engine;
+    MultiLayerCoefZoneInfo m_zone;
+    Rows m_fileRows;
+    std::vector<unsigned char> m_filePacked;
+};
+
+/// Hands the values of rows to a sink, many rows at a time.
+bool sendRows(const Rows &rows, const BlockSink &sink)
+{
+    constexpr std::size_t rowsPerBlock = 4096;
+    std::vector<qint32> block;
+    for (std::size_t first = 0; first < rows.size(); first += rowsPerBlock) {
+        block.clear();
+        const std::size_t end = std::min(first + rowsPerBlock, rows.size());
+        for (std::size_t i = first; i < end; ++i)
+            block.insert(block.end(), rows[i].begin(), rows[i].end());
+        if (!sendLittleEndian(block, sink))
+            return false;
+    }
+    return true;
+}
+
+QString LayeredKind::writeTables(const QString &dir, QStringList &names) const
+{
+    const NQRect &screen = m_result.rect;
+    names.push_back(QStringLiteral("coefficients.npy"));
+    QString fault = writeNpy(
+        dir + QLatin1Char('/') + names.back(), "<i4",
+        {rowsOf(screen), columnsOf(screen), qint64{m_layerCount} * 3},
+        [&](const BlockSink &sink) { return sendRows(m_result.multiLayerCoefData, sink); });
+    if (!fault.isEmpty())
+        return fault;
+    names.push_back(QStringLiteral("packed.bin"));
+    return writeChecked(dir + QLatin1Char('/') + names.back(), [&](const BlockSink &sink) {
+        return sendLittleEndian(m_result.zipCoefData, sink);
+    });
+}
+
+QString LayeredKind::fillNeutral(const NQRect &partition)
+{
+    for (int row = partition.top(); row <= partition.bottom(); ++row) {
+        for (int col = partition.left(); col <= partition.right(); ++col) {
+            const std::size_t pixel = pixelIndex(m_result.rect, row, col);
+            m_result.multiLayerCoefData[pixel] = m_neutralRow;
+            for (std::size_t i = 0; i < packedBytes(); ++i)
+                m_result.zipCoefData[pixel * packedBytes() + i] = neutralWord[i % wordBytes];
+        }
+    }
+    return QStringLiteral("the neutral value 4096, packed word 0x3FFFFFFF");
+}
+
+} // namespace
+
+std::unique_ptr<CoefKind> layeredKind(int layerCount)
+{
+    return std::make_unique<LayeredKind>(layerCount);
+}
+
+} // namespace seamrevise

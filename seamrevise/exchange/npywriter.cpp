@@ -1,0 +1,69 @@
+#include "exchange/npywriter.h"
+
+#include <QByteArrayList>
+#include <QFile>
+#include <QSaveFile>
+
+#include <cstring>
+
+namespace seamrevise
+{
+
+namespace
+{
+
+bool isSame(const QString &path, const BlockSource &source)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) && source([&](const char *bytes, qint64 count) {
+               const QByteArray written = file.read(count);
+               return written.size() == count
+                   && std::memcmp(written.constData(), bytes, static_cast<std::size_t>(count)) == 0;
+           })
+        && file.atEnd();
+}
+
+QByteArray npyHeader(const QByteArray &descr, const std::vector<qint64> &shape)
+{
+    QByteArrayList sides;
+    for (const qint64 side : shape)
+        sides += QByteArray::number(side);
+    QByteArray text = "{'descr': '" + descr + "', 'fortran_order': False, 'shape': ("
+        + sides.join(", ") + "), }";
+    constexpr int fixedBytes = 10; // magic, version, length of the text
+    constexpr int alignment = 64;
+    while ((fixedBytes + text.size() + 1) % alignment != 0)
+        text += ' ';
+    text += '\n';
+
+    QByteArray header("\x93NUMPY\x01\x00", 8);
+    header += static_cast<char>(text.size() & 0xFF);
+    header += static_cast<char>(text.size() >> 8);
+    return header + text;
+}
+
+} // namespace
+
+QString writeChecked(const QString &path, const BlockSource &source)
+{
+    QSaveFile file(path);
+    const auto write
+        = [&](const char *bytes, qint64 count) { return file.write(bytes, count) == count; };
+    if (!file.open(QIODevice::WriteOnly))
+        return path + QStringLiteral(": ") + file.errorString();
+    if (!source(write) || !file.commit())
+        return path + QStringLiteral(": it could not be written whole; is the disk full?");
+    return isSame(path, source) ? QString()
+                                : path + QStringLiteral(": it was written but reads differently");
+}
+
+QString writeNpy(const QString &path, const QByteArray &descr, const std::vector<qint64> &shape,
+                 const BlockSource &values)
+{
+    const QByteArray header = npyHeader(descr, shape);
+    return writeChecked(path, [&](const BlockSink &sink) {
+        return sink(header.constData(), header.size()) && values(sink);
+    });
+}
+
+} // namespace seamrevise

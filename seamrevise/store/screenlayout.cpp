@@ -1,0 +1,169 @@
+#include "store/screenlayout.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace seamrevise
+{
+
+namespace
+{
+
+qint64 extent(int first, int last)
+{
+    return std::max<qint64>(0, qint64{last} - first + 1);
+}
+
+int clamped(qint64 value, int low, int high)
+{
+    return static_cast<int>(std::clamp<qint64>(value, low, std::max(low, high)));
+}
+
+/// The first pixel of part number `part` when a side is cut into parts of nearly equal length.
+int partStart(int side, int parts, int part)
+{
+    return static_cast<int>(qint64{side} * part / parts);
+}
+
+QString partitionText(int number)
+{
+    return QStringLiteral("partition %1").arg(number);
+}
+
+/// What is wrong with the place of one partition of a layout in which all partitions exist.
+QString placeFault(const ScreenLayout &layout, int row, int col)
+{
+    const int number = row * layout.grid.width() + col + 1;
+    const NQRect &rect = layout.partitions.at(number);
+    const NQRect &screen = layout.screen;
+    if (pixelsOf(rect) == 0)
+        return partitionText(number) + QStringLiteral(" has no pixel");
+
+    const NQRect *const left = col > 0 ? &layout.partitions.at(number - 1) : nullptr;
+    const NQRect *const above
+        = row > 0 ? &layout.partitions.at(number - layout.grid.width()) : nullptr;
+    const qint64 firstCol = left ? qint64{left->right()} + 1 : screen.left();
+    const qint64 firstRow = above ? qint64{above->bottom()} + 1 : screen.top();
+    if (rect.left() != firstCol || rect.top() != firstRow)
+        return partitionText(number) + QStringLiteral(" does not start where its neighbours end");
+    if ((left && left->bottom() != rect.bottom()) || (above && above->right() != rect.right()))
+        return partitionText(number) + QStringLiteral(" and its neighbours differ in size");
+    if ((col + 1 == layout.grid.width() && rect.right() != screen.right())
+        || (row + 1 == layout.grid.height() && rect.bottom() != screen.bottom()))
+        return partitionText(number) + QStringLiteral(" does not end where the screen ends");
+    return {};
+}
+
+} // namespace
+
+qint64 columnsOf(const NQRect &rect)
+{
+    return extent(rect.left(), rect.right());
+}
+
+qint64 rowsOf(const NQRect &rect)
+{
+    return extent(rect.top(), rect.bottom());
+}
+
+qint64 pixelsOf(const NQRect &rect)
+{
+    constexpr qint64 most = qint64{1} << 48;
+    const qint64 columns = columnsOf(rect);
+    return columns != 0 && rowsOf(rect) > most / columns ? most : columns * rowsOf(rect);
+}
+
+NQRect shared(const NQRect &first, const NQRect &second)
+{
+    return NQRect(std::max(first.left(), second.left()), std::max(first.top(), second.top()),
+                  std::min(first.right(), second.right()),
+                  std::min(first.bottom(), second.bottom()));
+}
+
+NQRect grown(const NQRect &rect, const baseCommon::NQSize &band, const NQRect &screen)
+{
+    return NQRect(clamped(qint64{rect.left()} - band.width(), screen.left(), screen.right()),
+                  clamped(qint64{rect.top()} - band.height(), screen.top(), screen.bottom()),
+                  clamped(qint64{rect.right()} + band.width(), screen.left(), screen.right()),
+                  clamped(qint64{rect.bottom()} + band.height(), screen.top(), screen.bottom()));
+}
+
+QString sizeText(qint64 width, qint64 height)
+{
+    return QStringLiteral("%1x%2").arg(width).arg(height);
+}
+
+ScreenLayout regularLayout(const baseCommon::NQSize &size, const baseCommon::NQSize &grid,
+                           const baseCommon::NQSize &band)
+{
+    ScreenLayout layout;
+    layout.screen = NQRect(0, 0, size.width() - 1, size.height() - 1);
+    layout.grid = grid;
+    layout.band = band;
+    for (int row = 0; row < grid.height(); ++row) {
+        for (int col = 0; col < grid.width(); ++col) {
+            layout.partitions[row * grid.width() + col + 1]
+                = NQRect(partStart(size.width(), grid.width(), col),
+                         partStart(size.height(), grid.height(), row),
+                         partStart(size.width(), grid.width(), col + 1) - 1,
+                         partStart(size.height(), grid.height(), row + 1) - 1);
+        }
+    }
+    return layout;
+}
+
+QString layoutFault(const ScreenLayout &layout)
+{
+    constexpr qint64 most = std::numeric_limits<int>::max();
+    const qint64 count = qint64{layout.grid.width()} * layout.grid.height();
+    if (layout.grid.width() < 1 || layout.grid.height() < 1 || count > most)
+        return QStringLiteral("the partition grid has no partition, or too many");
+    if (pixelsOf(layout.screen) == 0 || pixelsOf(layout.screen) > most)
+        return QStringLiteral("the screen has no pixel, or too many");
+    if (layout.band.width() < 0 || layout.band.height() < 0)
+        return QStringLiteral("the band is negative");
+
+    int expected = 1;
+    for (const auto &entry : layout.partitions) {
+        if (entry.first != expected)
+            break;
+        ++expected;
+    }
+    if (expected <= count)
+        return partitionText(expected) + QStringLiteral(" is missing from the grid");
+    if (static_cast<qint64>(layout.partitions.size()) > count)
+        return partitionText(layout.partitions.rbegin()->first)
+            + QStringLiteral(" is not in the grid");
+
+    for (int row = 0; row < layout.grid.height(); ++row) {
+        for (int col = 0; col < layout.grid.width(); ++col) {
+            QString fault = placeFault(layout, row, col);
+            if (!fault.isEmpty())
+                return fault;
+        }
+    }
+    return {};
+}
+
+StoredZone zoneOf(const ScreenLayout &layout, int number)
+{
+    return {number, grown(layout.partitions.at(number), layout.band, layout.screen)};
+}
+
+std::vector<SeamPair> seamsOf(const baseCommon::NQSize &grid)
+{
+    std::vector<SeamPair> seams;
+    const auto addSeams = [&](enum_ReviseDirection direction, int rows, int cols, int distance) {
+        for (int row = 0; row < rows; ++row) {
+            for (int col = 0; col < cols; ++col) {
+                const int number = row * grid.width() + col + 1;
+                seams.push_back({number, number + distance, direction});
+            }
+        }
+    };
+    addSeams(ReviseDirection_Horizontal, grid.height(), grid.width() - 1, 1);
+    addSeams(ReviseDirection_Vertical, grid.height() - 1, grid.width(), grid.width());
+    return seams;
+}
+
+} // namespace seamrevise

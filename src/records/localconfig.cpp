@@ -1,0 +1,7 @@
+#include "seamrevision/localconfig.h"
+
+LocalConfig &LocalConfig::getInstance()
+{
+    static LocalConfig instance;
+    return instance;
+}

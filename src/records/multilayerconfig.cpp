@@ -1,0 +1,7 @@
+#include "seamrevision/multilayerconfig.h"
+
+MultiLayerConfig *MultiLayerConfig::instance()
+{
+    static MultiLayerConfig config;
+    return &config;
+}

@@ -1,0 +1,3 @@
+#include "seamrevision/screendatabasemanager.h"
+
+ScreenDataBaseManager::~ScreenDataBaseManager() = default;

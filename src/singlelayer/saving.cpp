@@ -1,0 +1,148 @@
+#include "seamrevision/partitionmerge.h"
+
+#include "coeffiles/textdump.h"
+#include "records/pixelmath.h"
+#include "records/trace.h"
+#include "revision/pixelwindow.h"
+#include "revision/saving.h"
+#include "revision/screentable.h"
+#include "singlelayer/coefs.h"
+
+#include <algorithm>
+
+using namespace seamrevision;
+
+namespace
+{
+
+struct IndexTags
+{
+    int source;
+    int target;
+};
+
+/// Index of a pixel's first value in an array; the end of the array for pixels that it lacks.
+/// The pixel is compared unsigned: a negative one lies beyond every array.
+std::size_t firstValue(quint64 pixel, const std::vector<unsigned short> &coefs)
+{
+    return std::min<quint64>(std::min<quint64>(pixel, coefs.size()) * valuesPerPixel, coefs.size());
+}
+
+/// Copies a partition's own pixels out of its zone into the whole-screen table, row by row, and
+/// appends them to ownCoefs if there is one. A value that either array lacks ends it with a
+/// report; the values before it are copied.
+bool placeIntoScreen(const Trace &trace, const IndexTags &tags, const CoefsZoneInfo &zone,
+                     const PixelWindow &own, const ScreenTable &screen,
+                     std::vector<unsigned short> &table, std::vector<unsigned short> *ownCoefs)
+{
+    const std::size_t rowValues = static_cast<std::size_t>(own.colCount) * valuesPerPixel;
+    std::size_t written = 0;
+    for (qint64 row = 0; row < own.rowCount; ++row) {
+        const qint64 screenPixel = screen.pixel(zone.getBegPixRow() + own.firstRow + row,
+                                                zone.getBegPixCol() + own.firstCol);
+        const std::size_t source = firstValue(own.rowStart(row), zone.m_arrayData);
+        const std::size_t target = firstValue(static_cast<quint64>(screenPixel), table);
+        const std::size_t sourceValues = zone.m_arrayData.size() - source;
+        const std::size_t targetValues = table.size() - target;
+        const std::size_t count = std::min({rowValues, sourceValues, targetValues});
+        const unsigned short *const values = zone.m_arrayData.data() + source;
+        std::copy_n(values, count, table.data() + target);
+        if (ownCoefs)
+            std::copy_n(values, count, ownCoefs->data() + written);
+        written += count;
+        if (count < rowValues) {
+            trace.critical(sourceValues <= targetValues ? tags.source : tags.target,
+                           "Index out of range!");
+            return false;
+        }
+    }
+    return true;
+}
+
+void capCoefficients(std::vector<unsigned short> &coefs)
+{
+    for (unsigned short &value : coefs)
+        value = std::min(value, coefficientCap);
+}
+
+} // namespace
+
+/// One call of saveRevisedCoef.
+class PartitionMerge::Saving
+{
+public:
+    Saving(PartitionMerge &engine, const Trace &trace, const QString &path,
+           enum_ScreenType screenType, ST_ReviseResult &result)
+        : m_engine(engine)
+        , m_trace(trace)
+        , m_path(path)
+        , m_toFile(screenType == ScreenType_PartitionFile)
+        , m_result(result)
+    {
+    }
+
+    static bool hasCoefs(const CoefsZoneInfo &zone) { return zone.getCoefsSize() > 0; }
+
+    void setOwnRect(CoefsZoneInfo &areaZone, AreaInfoBase &area) const
+    {
+        int width = 0;
+        int height = 0;
+        m_engine.AreaInfoToCoefZoneInfo(&areaZone, &area, width, height);
+    }
+
+    enum_ErrCodeType save(int number, const CoefsZoneInfo &zone, CoefsZoneInfo &areaZone) const;
+    void finish() const;
+
+private:
+    PartitionMerge &m_engine;
+    const Trace &m_trace;
+    const QString &m_path;
+    const bool m_toFile;
+    ST_ReviseResult &m_result;
+};
+
+enum_ErrCodeType PartitionMerge::saveRevisedCoef(const QMap<int, CoefsZoneInfo *> &coefs,
+                                                 QMap<QString, AreaInfoBase *> areas, QString path,
+                                                 enum_ScreenType screenType,
+                                                 ST_ReviseResult &result)
+{
+    const Trace trace(QStringLiteral("PartitionMerge::saveRevisedCoef"));
+    const Saving saving(*this, trace, path, screenType, result);
+    const auto code = saveEachZone(trace, {624, 634, 646, 668}, coefs, areas, saving);
+    if (code == ErrCode_Success)
+        saving.finish();
+    return code;
+}
+
+enum_ErrCodeType PartitionMerge::Saving::save(int, const CoefsZoneInfo &zone,
+                                              CoefsZoneInfo &areaZone) const
+{
+    const IndexTags indexTags = m_toFile ? IndexTags{705, 710} : IndexTags{728, 733};
+    std::vector<unsigned short> *const ownCoefs = m_toFile ? &areaZone.m_arrayData : nullptr;
+    if (ownCoefs)
+        ownCoefs->assign(valueCount(zonePixelCount(areaZone)), 0);
+    if (!placeIntoScreen(m_trace, indexTags, zone, windowInside(zone, areaZone),
+                         ScreenTable(m_engine.m_screenRect), m_result.coefData, ownCoefs))
+        return ErrCode_IndexOutOfRange;
+
+    passOverFailures([&] {
+        outData(zone.m_arrayData,
+                QStringLiteral("normal_areaEx_") + zone.getAreaID() + QStringLiteral("_after.txt"),
+                QStringLiteral(","), valuesPerPixel, QString());
+    });
+    if (m_toFile && !m_engine.saveCombineAreaCoef(m_path, &areaZone)) {
+        logPlain("Save combine area cofficient failed!");
+        return ErrCode_SaveCombineCoefFailed;
+    }
+    return ErrCode_Success;
+}
+
+/// Files keep the values as revised; only the table is capped.
+void PartitionMerge::Saving::finish() const
+{
+    capCoefficients(m_result.coefData);
+    passOverFailures([&] {
+        outData(m_result.coefData, tr("分区融合后系数.txt"), QStringLiteral(","), valuesPerPixel,
+                QString());
+    });
+}

@@ -1,5 +1,0 @@
-#include "coeffiles/textdump.h"
-#include "records/trace.h"
-
-#include <partitionmerge/blend.h>
-#include <vector>

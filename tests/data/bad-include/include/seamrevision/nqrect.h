@@ -1,0 +1,3 @@
+#include "seamrevision/des.h"
+#include "seamrevision/revisetypes.h"
+#include "records/trace.h"

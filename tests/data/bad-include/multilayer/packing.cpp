@@ -1,2 +1,0 @@
-#include "partitionmerge/blend.h"
-#include "seamrevise/report.h"

@@ -1,3 +1,0 @@
-#  include "multilayer/packing.h"
-#include "trace.h"
-#include "../records/trace.h"

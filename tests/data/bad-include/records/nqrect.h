@@ -1,2 +1,0 @@
-#include "records/des.h"
-#include "records/trace.h"

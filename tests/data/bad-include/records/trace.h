@@ -1,2 +1,0 @@
-#include "coeffiles/textdump.h"
-#include "records/nqrect.h"

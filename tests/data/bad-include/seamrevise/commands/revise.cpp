@@ -1,0 +1,4 @@
+#include "numbers/seam.h"
+#include "revision/blend.h"
+
+#include <seamrevision/partitionmerge.h>

@@ -1,0 +1,4 @@
+#include "store/screenlayout.h"
+#include "records/trace.h"
+
+#include <seamrevision/nqrect.h>

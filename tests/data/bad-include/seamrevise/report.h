@@ -1,3 +1,0 @@
-#include "partitionmerge/blend.h"
-#include "records/nqrect.h"
-#include "seamrevise/report.h"

@@ -1,0 +1,2 @@
+#include "numbers/seam.h"
+#include "store/screenlayout.h"

@@ -1,0 +1,2 @@
+#include "revision/blend.h"
+#include "commands/revise.h"

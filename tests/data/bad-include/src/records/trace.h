@@ -1,0 +1,3 @@
+#include "seamrevision/nqrect.h"
+#include "seamrevision/partitionmerge.h"
+#include "coeffiles/textdump.h"
