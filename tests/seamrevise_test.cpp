@@ -1,71 +1,26 @@
-#include "commands/commandline.h"
 #include "commands/loglines.h"
 #include "engines/coefkind.h"
 #include "engines/readback.h"
+#include "exchange/jsonwriter.h"
 #include "numbers/borderstep.h"
 #include "store/sqlscreenstore.h"
 
-#include "testsupport.h"
+#include "programsupport.h"
 #include <seamrevision/localconfig.h>
 
 #include <QCryptographicHash>
 #include <QDir>
-#include <QSqlDatabase>
-#include <QSqlQuery>
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdio>
 #include <memory>
-#include <sstream>
 
 using namespace seamrevise;
 
 namespace
 {
-
-/// Runs a statement on a database; the first value that it yields.
-QVariant execute(const QString &path, const QString &sql)
-{
-    QVariant value;
-    {
-        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), "test");
-        db.setDatabaseName(path);
-        EXPECT_TRUE(db.open());
-        QSqlQuery query(db);
-        EXPECT_TRUE(query.exec(sql)) << sql.toStdString();
-        if (query.next())
-            value = query.value(0);
-    }
-    QSqlDatabase::removeDatabase("test");
-    return value;
-}
-
-class Seamrevise : public ::testing::Test
-{
-protected:
-    /// "%d" in a text is the directory of the test.
-    QString in(QString text) const { return text.replace("%d", m_dir.path()); }
-    QStringList files(const char *dir) const { return QDir(in(dir)).entryList(QDir::Files); }
-    QByteArray contents(const char *path) const { return readFile(in(path)); }
-
-    /// Runs a command line, and expects a code and a text in what it prints, which is returned.
-    std::string expect(int code, const QString &words, const char *says = "") const
-    {
-        std::ostringstream out;
-        const QStringList arguments = ("seamrevise " + in(words)).split(' ');
-        EXPECT_EQ(runCommandLine(arguments, false, out, out), code) << words.toStdString();
-        EXPECT_NE(out.str().find(says), std::string::npos) << words.toStdString() << '\n'
-                                                           << out.str();
-        return out.str();
-    }
-    void makeWall(const QString &db = "%d/w.db") const
-    {
-        expect(0, "simulate --size 101x62 --grid 3x2 --band 6x5 --uncorrected 5 --layers 2 " + db);
-    }
-
-    const QTemporaryDir m_dir;
-};
 
 TEST_F(Seamrevise, CommandLinesEndWithTheirCodes)
 {
@@ -317,6 +272,29 @@ TEST_F(Seamrevise, DumpsAreWrittenForTheRunOnly)
     expect(0, "revise %d/w.db -o %d/o --dumps %d/m --layers 2");
     EXPECT_EQ(files("%d/m").size(), 5 * 4 + 1);
     EXPECT_FALSE(LocalConfig::getInstance().isExportData());
+}
+
+TEST(JsonWriter, KeepsTheOrderAndEscapesWhatMustBe)
+{
+    JsonWriter json;
+    json.beginObject();
+    json.member("z", QString::fromUtf8("a\"b\\\n\tü"));
+    json.beginArray("a", JsonWriter::Inline);
+    json.value(0.1);
+    json.value(std::nan(""));
+    json.value(true);
+    json.beginObject();
+    json.member("n", qint64{1} << 40);
+    json.endObject();
+    json.endArray();
+    json.beginArray("e");
+    json.endArray();
+    json.member("o", std::optional<int>());
+    json.endObject();
+    EXPECT_EQ(json.text().toStdString(),
+              "{\n  \"z\": \"a\\\"b\\\\\\u000a\\u0009\xC3\xBC\",\n"
+              "  \"a\": [0.1, null, true, {\"n\": 1099511627776}],\n"
+              "  \"e\": [],\n  \"o\": null\n}\n");
 }
 
 } // namespace

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "commands/commandline.h"
+
+#include "testsupport.h"
+
+#include <QDir>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+/// What tests of the program share.
+
+/// Runs a statement on a database; the first value that it yields.
+inline QVariant execute(const QString &path, const QString &sql)
+{
+    QVariant value;
+    {
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), "test");
+        db.setDatabaseName(path);
+        EXPECT_TRUE(db.open());
+        QSqlQuery query(db);
+        EXPECT_TRUE(query.exec(sql)) << sql.toStdString();
+        if (query.next())
+            value = query.value(0);
+    }
+    QSqlDatabase::removeDatabase("test");
+    return value;
+}
+
+/// A directory of its own, in which command lines run.
+class Seamrevise : public ::testing::Test
+{
+protected:
+    /// "%d" in a text is the directory of the test.
+    QString in(QString text) const { return text.replace("%d", m_dir.path()); }
+    QStringList files(const char *dir) const { return QDir(in(dir)).entryList(QDir::Files); }
+    QByteArray contents(const char *path) const { return readFile(in(path)); }
+
+    /// Runs a command line, and expects a code and a text in what it prints, which is returned.
+    std::string expect(int code, const QString &words, const char *says = "") const
+    {
+        std::ostringstream out;
+        const QStringList arguments = ("seamrevise " + in(words)).split(' ');
+        EXPECT_EQ(seamrevise::runCommandLine(arguments, false, out, out), code)
+            << words.toStdString();
+        EXPECT_NE(out.str().find(says), std::string::npos) << words.toStdString() << '\n'
+                                                           << out.str();
+        return out.str();
+    }
+    void makeWall(const QString &db = "%d/w.db") const
+    {
+        expect(0, "simulate --size 101x62 --grid 3x2 --band 6x5 --uncorrected 5 --layers 2 " + db);
+    }
+
+    const QTemporaryDir m_dir;
+};
