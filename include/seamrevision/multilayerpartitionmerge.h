@@ -11,41 +11,47 @@
 
 // The layered steps hide the single-layer ones of the same names, and mean to: a layered revision
 // must never call a single-layer step by accident.
-#ifdef __clang__
-#pragma clang diagnostic push
-#pragma clang diagnostic ignored "-Woverloaded-virtual"
+#ifdef __GNUC__
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Woverloaded-virtual"
 #endif
 
 /// The layered engine: the same revision as PartitionMerge for screens whose pixels carry
 /// 3 * layer count signed 32-bit coefficients, 4096 neutral, and a packed form of 10-bit codes.
 ///
-/// Numbers, keys, ownership and threads are those of PartitionMerge. The steps take layered zones;
-/// they hide the single-layer steps of the same names and override none. This class has no
+/// Numbers, keys, ownership, threads and log are those of PartitionMerge. The steps take layered
+/// zones; they hide the single-layer steps of the same names and override none. This class has no
 /// meta-object of its own: class name and translation context are PartitionMerge's.
 class SEAMREVISION_EXPORT MultiLayerPartitionMerge : public PartitionMerge
 {
 public:
-    /// Keeps the parameters and never reads them. The layer count starts at 4.
+    /// Keeps the parameters and never reads them: hand over an empty vector. The layer count starts
+    /// at 4; setLayerSize() changes it.
     explicit MultiLayerPartitionMerge(const std::vector<unsigned int> &layerParams);
     ~MultiLayerPartitionMerge() override;
 
-    /// Sets the layer count. Any value is taken; below 1 rows are empty.
+    /// Sets the layer count. Any value is taken; below 1 rows are empty. It must be that of the
+    /// database and of the files, and no one notices if it is not: rows then have the length that
+    /// the database gives them, and values of files are misread.
     void setLayerSize(int size);
 
     /// Runs one revision; the arguments are those of PartitionMerge::boundaryModifying.
     ///
     /// On success the result holds a row of 3 * layer count values for every pixel of screenRect,
     /// at most 4096 each, and their packed codes, 4 * layer count bytes a pixel; the files hold
-    /// the values as revised. Rows of uncorrected partitions are zero; with
-    /// ScreenType_PartitionFile they get neutral files.
+    /// the values as revised. Rows of uncorrected partitions are zero, whatever the screen type;
+    /// with ScreenType_PartitionFile they get neutral files. On failure the result holds the codes
+    /// and texts that PartitionMerge::boundaryModifying lists.
     ST_ReviseResult boundaryModifying(QString coefPath, enum_ScreenType screenType,
                                       QMap<QString, AreaInfoBase *> areas,
                                       baseCommon::NQSize partitionGrid, NQRect screenRect,
                                       baseCommon::NQSize zoneSize, int edgeMargin) override;
 
-    /// Reads both coefficient files of a partition of the latest revision, written with the same
-    /// layer count. False leaves an output as it was; the table may be replaced although the
-    /// packed file could not be read. Rows that were there before and are longer keep their tail.
+    /// Reads both coefficient files of a partition, written with the same layer count: another one
+    /// misreads them without a failure. As with PartitionMerge::readCoef, partitions are known from
+    /// the latest boundaryModifying() of this engine on, and a bit that flips on disk passes. False
+    /// leaves an output as it was; the table may be replaced although the packed file could not be
+    /// read. Rows that were there before and are longer keep their tail.
     virtual bool readCoef(QString dir, QString areaId, std::vector<std::vector<int>> &coefTable,
                           std::vector<unsigned char> &zipBytes);
 
@@ -101,6 +107,6 @@ private:
     std::size_t valuesPerPixel() const;
 };
 
-#ifdef __clang__
-#pragma clang diagnostic pop
+#ifdef __GNUC__
+#pragma GCC diagnostic pop
 #endif
