@@ -5,6 +5,8 @@
 #include <seamrevision/partitionmerge.h>
 #include <seamrevision/screendatabasemanager.h>
 
+#include <QLoggingCategory>
+
 #include <iostream>
 
 namespace
@@ -49,6 +51,9 @@ public:
 
 int main()
 {
+    // The engine reports every step to Qt's message handler; without this line one sees them.
+    QLoggingCategory::setFilterRules("default.debug=false");
+
     TwoGains database;
     const NQRect screen(0, 0, columns - 1, rows - 1);
     AreaInfoBase left(0, 0, 0, rows - 1, columns / 2 - 1);

@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-scripts/setup.sh
+scripts/setup.sh demo
 
 # Quiet unless it fails.
 quietly() {
@@ -18,13 +18,13 @@ quietly() {
 show() {
     echo
     echo "\$ seamrevise $*"
-    ../build/dev/bin/seamrevise "$@"
+    ../build/release/bin/seamrevise "$@"
 }
 
 mkdir -p demo-output
 echo "Building; the first time takes a few minutes."
-quietly cmake --preset dev
-quietly cmake --build --preset dev --target seamrevise
+quietly cmake --preset release -DSEAMREVISION_BUILD_BENCHMARKS=OFF
+quietly cmake --build --preset release --target seamrevise
 
 cd demo-output
 show simulate wall.db --size 1920x1080 --grid 6x4 --band 16x16 --seed 1 --uncorrected 5,9 \

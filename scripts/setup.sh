@@ -1,18 +1,31 @@
 #!/usr/bin/env bash
-# Installs the Debian packages that building, testing and benchmarking need, where they are missing.
-#   scripts/setup.sh        what scripts/demo.sh, scripts/test.sh and scripts/bench.sh need
-#   scripts/setup.sh --ci   also the second compiler, the formatter and the linter
+# Installs the Debian packages that are needed, where they are missing.
+#   scripts/setup.sh demo   to build and run the library and the program
+#   scripts/setup.sh        also what scripts/test.sh and scripts/bench.sh need
+#   scripts/setup.sh ci     also the second compiler, the formatter and the linter
 set -euo pipefail
 
 packages=(
     g++ cmake ninja-build pkg-config
     qtbase5-dev libqt5sql5-sqlite
+)
+tests=(
+    git
     libgtest-dev libbenchmark-dev
     libssl-dev openssl
 )
-if [[ "${1:-}" == "--ci" ]]; then
-    packages+=(clang clang-format clang-tidy libclang-rt-dev git)
-fi
+checks=(
+    clang clang-format clang-tidy libclang-rt-dev
+)
+case "${1:-}" in
+    demo) ;;
+    "") packages+=("${tests[@]}") ;;
+    ci) packages+=("${tests[@]}" "${checks[@]}") ;;
+    *)
+        echo "setup: there is no group $1; demo, ci or nothing" >&2
+        exit 2
+        ;;
+esac
 
 is_installed() {
     [[ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" == "installed" ]]

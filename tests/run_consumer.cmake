@@ -5,6 +5,8 @@
 cmake_minimum_required(VERSION 3.25)
 set(prefix ${WORK_DIR}/prefix)
 set(build ${WORK_DIR}/build)
+# Hosts that include the headers get none of these.
+set(host_warnings "-Wall -Wextra -Wpedantic -Woverloaded-virtual -Werror")
 # 2048 * (4 - p) / 4 + 2253 * p / 4 at position p of the strip, columns 2 to 5.
 set(expected "2048 2048 2048 2099 2150 2201 2253 2253 \n")
 
@@ -34,7 +36,7 @@ run(${CMAKE_COMMAND} -S ${EXAMPLE_DIR} -B ${build} -G ${GENERATOR}
     -DCMAKE_PREFIX_PATH=${prefix}
     -DCMAKE_BUILD_TYPE=${BUILD_TYPE}
     -DCMAKE_CXX_COMPILER=${CXX_COMPILER}
-    -DCMAKE_CXX_FLAGS=${CXX_FLAGS})
+    "-DCMAKE_CXX_FLAGS=${CXX_FLAGS} ${host_warnings}")
 run(${CMAKE_COMMAND} --build ${build})
 expect_output(${build}/minimalhost)
 
@@ -47,7 +49,7 @@ if(PKG_CONFIG)
         ${PKG_CONFIG} --cflags --libs seamrevision)
     separate_arguments(flags UNIX_COMMAND "${CXX_FLAGS} ${output}")
     get_filename_component(library_dir ${package_dir} DIRECTORY)
-    run(${CXX_COMPILER} -std=c++17 -fPIC ${EXAMPLE_DIR}/minimalhost.cpp ${flags}
+    run(${CXX_COMPILER} ${EXAMPLE_DIR}/minimalhost.cpp ${flags}
         -Wl,-rpath,${library_dir} -o ${WORK_DIR}/minimalhost)
     expect_output(${WORK_DIR}/minimalhost)
 endif()
