@@ -7,7 +7,7 @@ set -euo pipefail
 
 packages=(
     g++ cmake ninja-build pkg-config
-    qtbase5-dev libqt5sql5-sqlite
+    qtbase5-dev libqt5sql5-sqlite libcli11-dev
 )
 tests=(
     git

@@ -1,21 +1,44 @@
 #include "commands/commandline.h"
-#include "commands/exitcode.h"
 
 #include <QCoreApplication>
 #include <QTextCodec>
 
+#include <algorithm>
+#include <csignal>
 #include <iostream>
 
+#include <fcntl.h>
 #include <unistd.h>
+
+namespace
+{
+
+/// Without this, a file that is opened while a standard stream is closed takes its place, and what
+/// is printed lands in it. Using such a stream still fails.
+void keepStandardStreamsApart()
+{
+    while (true) {
+        const int opened = open("/dev/null", O_RDONLY);
+        if (opened == STDIN_FILENO || opened == STDOUT_FILENO || opened == STDERR_FILENO)
+            continue;
+        if (opened >= 0)
+            close(opened);
+        return;
+    }
+}
+
+} // namespace
 
 int main(int argc, char *argv[])
 {
+    keepStandardStreamsApart();
+    std::signal(SIGXFSZ, SIG_IGN); // a file that grows too large is an error of its write
     // Paths and the names of dumps are UTF-8 in the plain C locale, too.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
-    const QCoreApplication application(argc, argv);
+    // The bytes themselves, since Qt changes what is not UTF-8 and keeps options of its own.
+    const std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
+    int programName = std::min(argc, 1);
+    const QCoreApplication application(programName, argv);
     const bool errIsTerminal = isatty(STDERR_FILENO) != 0;
-    const int code = seamrevise::runCommandLine(QCoreApplication::arguments(), errIsTerminal,
-                                                std::cout, std::cerr);
-    std::cout.flush();
-    return code == seamrevise::Exit_Done && !std::cout ? int{seamrevise::Exit_Output} : code;
+    return seamrevise::runCommandLine(words, errIsTerminal, std::cout, std::cerr);
 }

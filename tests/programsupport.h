@@ -5,9 +5,11 @@
 #include "testsupport.h"
 
 #include <QDir>
+#include <QProcess>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QTemporaryDir>
+#include <QVariant>
 
 #include <gtest/gtest.h>
 
@@ -45,13 +47,28 @@ protected:
     std::string expect(int code, const QString &words, const char *says = "") const
     {
         std::ostringstream out;
-        QStringList arguments = ("seamrevise " + words).split(' ');
-        arguments.replaceInStrings("%d", m_dir.path()); // which may have blanks
+        std::vector<std::string> arguments;
+        for (const QString &word : words.split(' ', Qt::SkipEmptyParts))
+            arguments.push_back(in(word).toStdString()); // the directory may have blanks
         EXPECT_EQ(seamrevise::runCommandLine(arguments, false, out, out), code)
             << words.toStdString();
         EXPECT_NE(out.str().find(says), std::string::npos) << words.toStdString() << '\n'
                                                            << out.str();
         return out.str();
+    }
+    struct Outcome
+    {
+        int code;
+        std::string printed; ///< on both streams
+    };
+    /// Runs a line of the shell, in which "%p" is the program: for what only a process can show.
+    Outcome shell(const QString &script) const
+    {
+        QProcess process;
+        process.setProcessChannelMode(QProcess::MergedChannels);
+        process.start("sh", {"-c", in(script).replace("%p", SEAMREVISE_PROGRAM)});
+        EXPECT_TRUE(process.waitForFinished(120'000)) << script.toStdString();
+        return {process.exitCode(), process.readAll().toStdString()};
     }
     void makeWall(const QString &db = "%d/w.db") const
     {

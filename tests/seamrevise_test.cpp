@@ -22,47 +22,6 @@ using namespace seamrevise;
 namespace
 {
 
-TEST_F(Seamrevise, CommandLinesEndWithTheirCodes)
-{
-    makeWall();
-    const struct
-    {
-        int code;
-        const char *words, *says;
-    } cases[] = {
-        {0, "--help", "Usage"},
-        {0, "revise --help", "--margin"},
-        {0, "revise --version", "seamrevise "},
-        {2, "", "name a command"},
-        {2, "polish", "polish"},
-        {2, "revise", "name a database"},
-        {2, "revise %d/w.db", "--output"},
-        {2, "revise %d/w.db other -o %d/o", "other"},
-        {2, "revise %d/w.db -o %d/o --frob", "frob"},
-        {2, "revise %d/w.db -o %d/o --files --table", "exclude"},
-        {2, "revise %d/w.db -o %d/o --margin -1", "--margin"},
-        {2, "revise %d/w.db -o %d/o --band 3", "--band"},
-        {2, "simulate %d/v.db --size 0x0 --grid 1x1", "0x0"},
-        {2, "simulate %d/v.db --size 99999999999x1 --grid 1x1", "--size"},
-        {2, "simulate %d/v.db --size 65535x65535 --grid 1x1", "pixels"},
-        {2, "simulate %d/v.db --size 30000x30000 --grid 1x1", "finer grid"},
-        {2, "simulate %d/v.db --size 9x9 --grid 10x1", "--grid"},
-        {2, "simulate %d/v.db --size 9x9 --grid 2x2 --uncorrected 1,5", "1,5"},
-        {3, "revise %d/none.db -o %d/o", "none.db"},
-        {3, "revise %d -o %d/o", "not a file"},
-        {3, "revise %d/w.db -o %d/o --layers 3", "partition 1"},
-        {3, "revise %d/w.db -o %d/o --band 7x5", "partition 1: its zone lacks 36 of"},
-        {4, "simulate %d/w.db --size 9x9 --grid 2x2", "--force"},
-        {4, "simulate %d/none/v.db --size 9x9 --grid 2x2", "v.db: "},
-        {4, "revise %d/w.db -o %d/w.db", "w.db"},
-        {4, "revise %d/w.db -o %d/o --dumps %d/w.db", "w.db"},
-    };
-    for (const auto &row : cases)
-        expect(row.code, row.words, row.says);
-    EXPECT_EQ(files("%d"), QStringList("w.db"));
-    EXPECT_TRUE(files("%d/o").isEmpty());
-}
-
 TEST_F(Seamrevise, FaultyDatabasesAreRefusedBeforeAnythingIsWritten)
 {
     const std::pair<const char *, const char *> cases[] = {

@@ -3,6 +3,8 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 
 namespace seamrevise
 {
@@ -12,11 +14,27 @@ namespace
 
 constexpr int longestSide = 65535;
 
+bool isDigit(QChar letter)
+{
+    return letter >= QLatin1Char('0') && letter <= QLatin1Char('9');
+}
+
 bool isDigits(const QString &text)
 {
-    return !text.isEmpty() && std::all_of(text.begin(), text.end(), [](QChar letter) {
-        return letter >= QLatin1Char('0') && letter <= QLatin1Char('9');
+    return !text.isEmpty() && std::all_of(text.begin(), text.end(), isDigit);
+}
+
+/// "12", "0.5" or ".5", whatever the locale; no sign.
+std::optional<double> parseDecimal(const QString &text)
+{
+    const bool isPlain = std::all_of(text.begin(), text.end(), [](QChar letter) {
+        return isDigit(letter) || letter == QLatin1Char('.');
     });
+    bool fits = false;
+    const double value = text.toDouble(&fits);
+    if (!isPlain || !fits || !std::isfinite(value))
+        return {};
+    return value;
 }
 
 } // namespace
@@ -52,6 +70,40 @@ std::optional<std::vector<int>> parseNumbers(const QString &text, int most)
         numbers.push_back(*number);
     }
     return numbers;
+}
+
+std::optional<double> parsePercent(const QString &text)
+{
+    const bool hasSign = text.endsWith(QLatin1Char('%'));
+    const std::optional<double> value = parseDecimal(hasSign ? text.chopped(1) : text);
+    return value && hasSign ? *value / 100.0 : value;
+}
+
+std::optional<NQRect> parseRect(const QString &text)
+{
+    std::vector<int> edges;
+    for (const QString &part : text.split(QLatin1Char(',')))
+        edges.push_back(parseInt(part, 0, std::numeric_limits<int>::max()).value_or(-1));
+    if (edges.size() != 4 || edges[0] < 0 || edges[1] < 0 || edges[2] < edges[0]
+        || edges[3] < edges[1])
+        return {};
+    return NQRect(edges[0], edges[1], edges[2], edges[3]);
+}
+
+std::optional<std::array<double, 3>> parseWeights(const QString &text)
+{
+    const QStringList parts = text.split(QLatin1Char(','));
+    std::array<double, 3> weights{};
+    if (parts.size() != static_cast<int>(weights.size()))
+        return {};
+    std::transform(parts.begin(), parts.end(), weights.begin(),
+                   [](const QString &part) { return parseDecimal(part).value_or(0.0); });
+    const double sum = weights[0] + weights[1] + weights[2];
+    if (*std::min_element(weights.begin(), weights.end()) <= 0.0 || !std::isfinite(sum))
+        return {};
+    for (double &weight : weights)
+        weight /= sum;
+    return weights;
 }
 
 } // namespace seamrevise

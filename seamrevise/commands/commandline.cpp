@@ -1,20 +1,17 @@
 #include "commands/commandline.h"
 
-#include "commands/argumentvalues.h"
 #include "commands/exitcode.h"
+#include "commands/help.h"
 #include "commands/loglines.h"
+#include "commands/optiontable.h"
 #include "commands/revise.h"
 #include "commands/simulate.h"
 
-#include <QCommandLineOption>
-#include <QCommandLineParser>
+#include <CLI/CLI.hpp> // App.hpp only declares what making an App needs
 
+#include <algorithm>
 #include <exception>
-#include <initializer_list>
-#include <limits>
 #include <new>
-#include <optional>
-#include <string>
 
 namespace seamrevise
 {
@@ -22,204 +19,76 @@ namespace seamrevise
 namespace
 {
 
-constexpr int mostLayers = 64;
+struct Command;
 
-const char *const programHelp = R"(Makes the seams between the partitions of an LED wall disappear.
-
-Usage: seamrevise simulate DATABASE --size WIDTHxHEIGHT --grid COLUMNSxROWS [options]
-       seamrevise revise DATABASE -o DIR [options]
-       seamrevise COMMAND --help
-
-Options:
-  -h, --help      show this text
-  --version       show the version
-
-Exit codes: 0 done, 1 a check found differences, 2 wrong usage, 3 database unusable,
-4 output not written or not read back, 5 internal error.
-)";
-
-const char *const simulateHelp = R"(Makes a screen database of a plausible LED wall.
-
-Usage: seamrevise simulate DATABASE --size WIDTHxHEIGHT --grid COLUMNSxROWS [options]
-
-  --size WIDTHxHEIGHT   pixels of the wall
-  --grid COLUMNSxROWS   partitions of the wall; they need not divide its size evenly
-  --band WIDTHxHEIGHT   pixels by which stored zones reach beyond partitions (16x16)
-  --seed NUMBER         another number, another wall (1)
-  --uncorrected LIST    numbers of partitions without coefficients: 5,9
-  --layers COUNT        store layered coefficients too
-  --force               overwrite the database
-  -v, --verbose         show the log lines of the library on the error output
-  -h, --help            show this text
-  --version             show the version
-)";
-
-const char *const reviseHelp = R"(Revises the seams of a wall and checks what it has written.
-
-Usage: seamrevise revise DATABASE -o DIR [options]
-
-  -o, --output DIR      directory of the output, made if missing
-  --files               write encrypted coefficient files, a set per partition (the default)
-  --table               write the whole screen instead: coefficients.npy, and packed.bin
-                        for layered coefficients
-  --layers COUNT        revise the layered coefficients of that layer count
-  --band WIDTHxHEIGHT   pixels by which zones reach beyond partitions (the database's)
-  --margin PIXELS       pixels left as they are at both ends of a blended strip (0)
-  --dumps DIR           write text dumps there, made if missing
-  -v, --verbose         show the log lines of the library on the error output
-  -h, --help            show this text
-  --version             show the version
-)";
-
-/// A wrong command line; what() says what is wrong with it.
-class UsageError : public std::exception
+/// Where a command runs, and with which words behind its name.
+struct Call
 {
-public:
-    explicit UsageError(const QString &message)
-        : m_message(message.toStdString())
-    {
-    }
-    const char *what() const noexcept override { return m_message.c_str(); }
-
-private:
-    const std::string m_message;
-};
-
-/// The arguments of one command.
-class Arguments
-{
-public:
-    /// Option names without dashes; "o/output" has two.
-    Arguments(std::initializer_list<const char *> valueOptions,
-              std::initializer_list<const char *> switches)
-    {
-        for (const char *const names : {"v/verbose", "h/help", "version"})
-            m_parser.addOption(QCommandLineOption(spellings(names)));
-        for (const char *const names : switches)
-            m_parser.addOption(QCommandLineOption(spellings(names)));
-        for (const char *const names : valueOptions)
-            m_parser.addOption(
-                QCommandLineOption(spellings(names), QString(), QStringLiteral("value")));
-    }
-
-    void parse(const QStringList &words)
-    {
-        if (!m_parser.parse(words))
-            throw UsageError(m_parser.errorText());
-    }
-
-    bool has(const char *name) const { return m_parser.isSet(QString::fromLatin1(name)); }
-    QString text(const char *name) const { return m_parser.value(QString::fromLatin1(name)); }
-
-    /// The only argument that is no option.
-    QString database() const
-    {
-        const QStringList names = m_parser.positionalArguments();
-        if (names.isEmpty() || names.first().isEmpty())
-            throw UsageError(QStringLiteral("name a database"));
-        if (names.size() > 1)
-            throw UsageError(QStringLiteral("unexpected argument ") + names[1]);
-        return names.first();
-    }
-
-    void require(const char *name) const
-    {
-        if (!has(name) || text(name).isEmpty())
-            throw UsageError(QStringLiteral("--%1 is missing").arg(QLatin1String(name)));
-    }
-
-    baseCommon::NQSize size(const char *name, int least) const
-    {
-        return valueOrThrow(name, parseSize(text(name), least),
-                            QStringLiteral("two numbers from %1 to 65535 like 16x9").arg(least));
-    }
-
-    int number(const char *name, int least, int most) const
-    {
-        return valueOrThrow(name, parseInt(text(name), least, most),
-                            QStringLiteral("a number from %1 to %2").arg(least).arg(most));
-    }
-
-    std::vector<int> numbers(const char *name, int most) const
-    {
-        return valueOrThrow(name, parseNumbers(text(name), most),
-                            QStringLiteral("numbers from 1 to %1 like 5,9").arg(most));
-    }
-
-private:
-    static QStringList spellings(const char *names)
-    {
-        return QString::fromLatin1(names).split(QLatin1Char('/'));
-    }
-
-    template <typename Value>
-    Value valueOrThrow(const char *name, const std::optional<Value> &value,
-                       const QString &wanted) const
-    {
-        if (!value)
-            throw UsageError(QStringLiteral("--%1 takes %2, not \"%3\"")
-                                 .arg(QLatin1String(name), wanted, text(name)));
-        return *value;
-    }
-
-    QCommandLineParser m_parser;
-};
-
-SimulateOptions simulateOptions(const Arguments &arguments)
-{
-    SimulateOptions options;
-    options.database = arguments.database();
-    arguments.require("size");
-    arguments.require("grid");
-    options.size = arguments.size("size", 1);
-    options.grid = arguments.size("grid", 1);
-    if (qint64{options.size.width()} * options.size.height() > std::numeric_limits<int>::max())
-        throw UsageError(QStringLiteral("--size has too many pixels"));
-    if (options.grid.width() > options.size.width()
-        || options.grid.height() > options.size.height())
-        throw UsageError(QStringLiteral("--grid has more partitions than --size has pixels"));
-    if (arguments.has("band"))
-        options.band = arguments.size("band", 0);
-    if (arguments.has("seed"))
-        options.seed
-            = static_cast<quint64>(arguments.number("seed", 0, std::numeric_limits<int>::max()));
-    if (arguments.has("uncorrected"))
-        options.uncorrected
-            = arguments.numbers("uncorrected", options.grid.width() * options.grid.height());
-    if (arguments.has("layers"))
-        options.layerCount = arguments.number("layers", 1, mostLayers);
-    options.overwrite = arguments.has("force");
-    return options;
-}
-
-ReviseOptions reviseOptions(const Arguments &arguments)
-{
-    ReviseOptions options;
-    options.database = arguments.database();
-    arguments.require("output");
-    options.outputDir = arguments.text("output");
-    if (arguments.has("files") && arguments.has("table"))
-        throw UsageError(QStringLiteral("--files and --table exclude each other"));
-    options.table = arguments.has("table");
-    if (arguments.has("band"))
-        options.band = arguments.size("band", 0);
-    if (arguments.has("margin"))
-        options.margin = arguments.number("margin", 0, std::numeric_limits<int>::max());
-    if (arguments.has("layers"))
-        options.layerCount = arguments.number("layers", 1, mostLayers);
-    if (arguments.has("dumps")) {
-        arguments.require("dumps");
-        options.dumpDir = arguments.text("dumps");
-    }
-    return options;
-}
-
-struct Surroundings
-{
+    const Command &command;
+    std::vector<std::string> words;
     bool errIsTerminal;
     std::ostream &out;
     std::ostream &err;
 };
+
+struct Command
+{
+    const char *name;
+    const char *summary;
+    const char *example;
+    int (*run)(const Call &call);
+};
+
+/// Parses the words of a command into its options and runs it, unless they ask for help.
+template <typename Options, void (*declare)(CLI::App &, Options &),
+          int (*command)(const Options &, std::ostream &, std::ostream &)>
+int runAs(const Call &call);
+
+const Command commands[] = {
+    {"simulate", "Makes a screen database of a plausible LED wall.",
+     "seamrevise simulate wall.db --size 1920x1080 --grid 6x4",
+     runAs<SimulateOptions, declareSimulate, simulate>},
+    {"revise", "Revises the seams of a wall and checks what it has written.",
+     "seamrevise revise wall.db -o corrected", runAs<ReviseOptions, declareRevise, revise>},
+};
+
+/// A wrong command line.
+class UsageError : public std::exception
+{
+public:
+    /// @param command  the one whose help tells more; null: the program's
+    UsageError(const QString &message, const Command *command)
+        : m_text(
+            QStringLiteral("%1\nseamrevise %2--help tells more")
+                .arg(message, command ? QLatin1String(command->name) + QLatin1Char(' ') : QString())
+                .toStdString())
+    {
+    }
+    const char *what() const noexcept override { return m_text.c_str(); }
+
+private:
+    const std::string m_text;
+};
+
+QStringList commandNames()
+{
+    QStringList names;
+    for (const Command &command : commands)
+        names.push_back(QLatin1String(command.name));
+    return names;
+}
+
+const Command &commandNamed(const std::string &name)
+{
+    const auto *const found
+        = std::find_if(std::begin(commands), std::end(commands),
+                       [&](const Command &command) { return command.name == name; });
+    if (found != std::end(commands))
+        return *found;
+    const QString word = QString::fromStdString(name);
+    throw UsageError(
+        QStringLiteral("there is no command ") + word + nearestHint(word, commandNames()), nullptr);
+}
 
 int showVersion(std::ostream &out)
 {
@@ -227,56 +96,144 @@ int showVersion(std::ostream &out)
     return Exit_Done;
 }
 
-/// Parses one command's arguments and runs it, unless they ask for something else.
-template <typename Options>
-int runCommand(Arguments &&arguments, const QStringList &words, const char *help,
-               Options (*optionsFrom)(const Arguments &),
-               int (*command)(const Options &, std::ostream &, std::ostream &),
-               const Surroundings &around)
+int showProgramHelp(std::ostream &out)
 {
-    arguments.parse(words);
-    if (arguments.has("help")) {
-        around.out << help;
-        return Exit_Done;
-    }
-    if (arguments.has("version"))
-        return showVersion(around.out);
-    Options options = optionsFrom(arguments);
-    options.showProgress = around.errIsTerminal;
-    const LogLines log(arguments.has("verbose") ? &around.err : nullptr);
-    return command(options, around.out, around.err);
+    out << "Example: " << commands[0].example << "\n         " << commands[1].example << R"(
+
+Makes the seams between the partitions of an LED wall disappear.
+
+Usage: seamrevise COMMAND [arguments and options]
+
+)";
+    std::vector<HelpLine> lines;
+    for (const Command &command : commands)
+        lines.push_back({QLatin1String(command.name), QLatin1String(command.summary)});
+    lines.push_back({QStringLiteral("help COMMAND"),
+                     QStringLiteral("The options of a command; also COMMAND --help.")});
+    lines.push_back({QStringLiteral("-h, --help"), QStringLiteral("Shows this text.")});
+    lines.push_back({QStringLiteral("-V, --version"), QStringLiteral("Shows the version.")});
+    printHelpLines(lines, out);
+    out << R"(
+Exit codes: 0 done, 1 a check found differences, 2 wrong usage, 3 database unusable,
+4 output not written or not read back, 5 internal error or no memory.
+)";
+    return Exit_Done;
 }
 
-int dispatch(const QStringList &arguments, const Surroundings &around)
+int showCommandHelp(const Command &command, const CLI::App &app, std::ostream &out)
 {
-    const QString command = arguments.value(1);
-    const QStringList words = arguments.mid(1); // the parser skips the first
-    if (command == QLatin1String("simulate"))
-        return runCommand({{"size", "grid", "band", "seed", "uncorrected", "layers"}, {"force"}},
-                          words, simulateHelp, simulateOptions, simulate, around);
-    if (command == QLatin1String("revise"))
-        return runCommand({{"o/output", "band", "margin", "layers", "dumps"}, {"files", "table"}},
-                          words, reviseHelp, reviseOptions, revise, around);
-    if (command == QLatin1String("-h") || command == QLatin1String("--help")) {
-        around.out << programHelp;
-        return Exit_Done;
-    }
-    if (command == QLatin1String("--version"))
-        return showVersion(around.out);
-    throw UsageError(command.isEmpty() ? QStringLiteral("name a command: simulate or revise")
-                                       : QStringLiteral("there is no command ") + command);
+    out << "Example: " << command.example << "\n\n" << command.summary << "\n\n";
+    printOptions(app, out);
+    return Exit_Done;
 }
 
-} // namespace
-
-int runCommandLine(const QStringList &arguments, bool errIsTerminal, std::ostream &out,
-                   std::ostream &err)
+/// "there is no option --outptu; did you mean --output?", or an argument too many.
+QString unknownWord(const std::vector<std::string> &unknown, const CLI::App &app)
 {
-    const Surroundings around{errIsTerminal, out, err};
+    const bool isBehindDashes = unknown.front() == "--" && unknown.size() > 1;
+    const QString word = QString::fromStdString(unknown[isBehindDashes ? 1 : 0]);
+    if (isBehindDashes || !word.startsWith(QLatin1Char('-')))
+        return QStringLiteral("unexpected argument ") + word;
+    QStringList names;
+    for (const CLI::Option *const option : app.get_options())
+        names += QString::fromStdString(option->get_name(false, true)).split(QLatin1Char(','));
+    const QString name = word.section(QLatin1Char('='), 0, 0);
+    const QString hint = nearestHint(name, names);
+    return QStringLiteral("there is no option ") + name
+        + (hint.isEmpty() ? QStringLiteral("; a name that begins with a dash goes behind --")
+                          : hint);
+}
+
+/// The first that must be given and is not; empty if there is none.
+QString missingWord(const CLI::App &app)
+{
+    for (const CLI::Option *const option : app.get_options()) {
+        if (!option->get_required() || option->count() != 0)
+            continue;
+        const QString name = QString::fromStdString(option->get_name());
+        return option->get_positional() ? QStringLiteral("name a ") + name.toLower()
+                                        : name + QStringLiteral(" is missing");
+    }
+    return {};
+}
+
+/// What is wrong with words that were not parsed, the most telling first.
+QString parseFault(const CLI::ParseError &error, const CLI::App &app,
+                   const std::vector<std::string> &words)
+{
+    const std::vector<std::string> unknown = app.remaining();
+    if (!unknown.empty())
+        return unknownWord(unknown, app);
+    if (dynamic_cast<const CLI::ArgumentMismatch *>(&error)) // only the last word can lack a value
+        return QString::fromStdString(words.back()) + QStringLiteral(" needs a value behind it");
+    const QString missing = missingWord(app);
+    if (dynamic_cast<const CLI::RequiredError *>(&error) && !missing.isEmpty())
+        return missing;
+    return QString::fromUtf8(error.what());
+}
+
+template <typename Options, void (*declare)(CLI::App &, Options &),
+          int (*command)(const Options &, std::ostream &, std::ostream &)>
+int runAs(const Call &call)
+{
+    Options options;
+    CLI::App app("", call.command.name);
+    app.set_help_flag(); // the one it has from the start would be the first
+    declare(app, options);
+    addCommonOptions(app, options.common);
+    const CLI::Option *const help = app.set_help_flag("-h,--help", "show this text");
+    const CLI::Option *const version
+        = app.add_flag("-V,--version")->description("show the version");
     try {
-        return dispatch(arguments, around);
+        app.parse(std::vector<std::string>(call.words.rbegin(), call.words.rend()));
+    } catch (const CLI::ParseError &error) {
+        if (help->count() != 0)
+            return showCommandHelp(call.command, app, call.out);
+        if (version->count() == 0)
+            throw UsageError(parseFault(error, app, call.words), &call.command);
+    }
+    if (version->count() != 0)
+        return showVersion(call.out);
+    options.common.showProgress = call.errIsTerminal && !options.common.quiet;
+    const LogLines log(options.common.verbose ? &call.err : nullptr);
+    return command(options, call.out, call.err);
+}
+
+void checkUtf8(const std::vector<std::string> &words)
+{
+    for (const std::string &word : words) {
+        if (QString::fromStdString(word).toStdString() != word)
+            throw UsageError(QStringLiteral("this is not valid UTF-8: ")
+                                 + QString::fromStdString(word),
+                             nullptr);
+    }
+}
+
+int dispatch(std::vector<std::string> words, bool errIsTerminal, std::ostream &out,
+             std::ostream &err)
+{
+    checkUtf8(words);
+    if (words.empty())
+        throw UsageError(QStringLiteral("name a command: ")
+                             + commandNames().join(QStringLiteral(", ")),
+                         nullptr);
+    if (words.front() == "-V" || words.front() == "--version")
+        return showVersion(out);
+    if (words.front() == "help" && words.size() > 1)
+        words = {words[1], "--help"};
+    if (words.front() == "help" || words.front() == "-h" || words.front() == "--help")
+        return showProgramHelp(out);
+    const Command &command = commandNamed(words.front());
+    return command.run({command, {words.begin() + 1, words.end()}, errIsTerminal, out, err});
+}
+
+int runCaught(const std::vector<std::string> &words, bool errIsTerminal, std::ostream &out,
+              std::ostream &err)
+{
+    try {
+        return dispatch(words, errIsTerminal, out, err);
     } catch (const UsageError &error) {
-        err << "seamrevise: " << error.what() << "\nseamrevise --help tells more\n";
+        err << "seamrevise: " << error.what() << '\n';
         return Exit_Usage;
     } catch (const std::bad_alloc &) {
         err << "seamrevise: there is not enough memory\n";
@@ -284,6 +241,18 @@ int runCommandLine(const QStringList &arguments, bool errIsTerminal, std::ostrea
         err << "seamrevise: " << error.what() << '\n';
     }
     return Exit_Internal;
+}
+
+} // namespace
+
+int runCommandLine(const std::vector<std::string> &words, bool errIsTerminal, std::ostream &out,
+                   std::ostream &err)
+{
+    const int code = runCaught(words, errIsTerminal, out, err);
+    if (out.flush() || code > Exit_Different)
+        return code;
+    err << "seamrevise: the standard output cannot be written; is the disk full?\n";
+    return Exit_Output;
 }
 
 } // namespace seamrevise

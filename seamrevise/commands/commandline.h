@@ -1,18 +1,19 @@
 #pragma once
 
-#include <QStringList>
-
 #include <ostream>
+#include <string>
+#include <vector>
 
 namespace seamrevise
 {
 
-/// Runs the command that the arguments name; the first one is the program's own name. A
-/// QCoreApplication must exist. Nothing is thrown.
+/// Runs the command that the first word names; the others are its arguments and options. The
+/// program's own name is not among them. A word that is not UTF-8 is refused, since it could not
+/// be kept as it is. A QCoreApplication must exist. Nothing is thrown.
 ///
 /// @param errIsTerminal  whether progress may be shown on err
-/// @return an ExitCode
-int runCommandLine(const QStringList &arguments, bool errIsTerminal, std::ostream &out,
+/// @return an ExitCode; also when out does not take what is written
+int runCommandLine(const std::vector<std::string> &words, bool errIsTerminal, std::ostream &out,
                    std::ostream &err);
 
 } // namespace seamrevise

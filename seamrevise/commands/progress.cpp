@@ -9,15 +9,22 @@ void Progress::show(const char *activity, int done, int total)
 {
     if (!m_stream)
         return;
-    *m_stream << "\r\033[K" << activity << ' ' << done << " of " << total << std::flush;
-    m_isShown = true;
+    const std::string text
+        = std::string(activity) + ' ' + std::to_string(done) + " of " + std::to_string(total);
+    replaceLine(text);
 }
 
 void Progress::clear()
 {
-    if (m_isShown)
-        *m_stream << "\r\033[K" << std::flush;
-    m_isShown = false;
+    if (m_shownLength != 0)
+        replaceLine({});
+}
+
+/// With blanks and no escape sequence, which not every terminal and nobody with NO_COLOR wants.
+void Progress::replaceLine(const std::string &text)
+{
+    *m_stream << '\r' << std::string(m_shownLength, ' ') << '\r' << text << std::flush;
+    m_shownLength = text.size();
 }
 
 EngineProgress::EngineProgress(Progress &progress, int loadCount, int seamCount, int saveCount)

@@ -3,6 +3,7 @@
 #include <QString>
 
 #include <ostream>
+#include <string>
 
 namespace seamrevise
 {
@@ -25,8 +26,10 @@ public:
     void clear();
 
 private:
+    void replaceLine(const std::string &text);
+
     std::ostream *m_stream;
-    bool m_isShown = false;
+    std::size_t m_shownLength = 0;
 };
 
 /// While it lives, shows how far an engine is: it watches which of its functions are entered.

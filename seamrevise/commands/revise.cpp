@@ -1,6 +1,7 @@
 #include "commands/revise.h"
 
 #include "commands/exitcode.h"
+#include "commands/optiontable.h"
 #include "commands/progress.h"
 #include "commands/revisesummary.h"
 #include "engines/coefkind.h"
@@ -60,7 +61,7 @@ public:
         : m_options(options)
         , m_out(out)
         , m_err(err)
-        , m_progress(options.showProgress ? &err : nullptr)
+        , m_progress(options.common.showProgress ? &err : nullptr)
         , m_kind(options.layerCount > 0 ? layeredKind(options.layerCount) : singleLayerKind())
         , m_outputDir(QFileInfo(options.outputDir).absoluteFilePath())
         , m_dumpDir(options.dumpDir.isEmpty() ? QString()
@@ -347,11 +348,33 @@ int ReviseRun::report()
     m_summary.uncorrectedCount = static_cast<int>(m_areas.size() - m_zones.size());
     m_summary.seamCount = static_cast<int>(seamsOf(layout().grid).size());
     m_summary.outputDir = m_options.outputDir;
-    printSummary(m_summary, m_out);
+    if (m_options.common.showsText())
+        printSummary(m_summary, m_out);
     return Exit_Done;
 }
 
 } // namespace
+
+void declareRevise(CLI::App &app, ReviseOptions &options)
+{
+    addDatabase(app, options.database);
+    addPath(app, "-o,--output", "DIR", options.outputDir,
+            "directory of the output, made if missing")
+        ->required();
+    CLI::Option *const table
+        = addFlag(app, "--table", options.table,
+                  "write the whole screen instead of files: coefficients.npy, and packed.bin for"
+                  " layered coefficients");
+    addFlag(app, "--files", options.files,
+            "write encrypted coefficient files, a set per partition (the default)")
+        ->excludes(table);
+    addLayers(app, options.layerCount, "revise the layered coefficients of that layer count");
+    addSize(app, "--band", "WIDTHxHEIGHT", options.band, 0,
+            "pixels by which zones reach beyond partitions (the database's)");
+    addNumber(app, "--margin", "PIXELS", options.margin, 0, std::numeric_limits<int>::max(),
+              "pixels left as they are at both ends of a blended strip");
+    addPath(app, "--dumps", "DIR", options.dumpDir, "write text dumps there, made if missing");
+}
 
 int revise(const ReviseOptions &options, std::ostream &out, std::ostream &err)
 {

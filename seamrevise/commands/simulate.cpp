@@ -1,6 +1,7 @@
 #include "commands/simulate.h"
 
 #include "commands/exitcode.h"
+#include "commands/optiontable.h"
 #include "commands/progress.h"
 #include "simulation/wallsimulation.h"
 #include "store/sqlscreenstore.h"
@@ -92,7 +93,7 @@ bool addPartitions(const SimulateOptions &options, const ScreenLayout &layout,
 bool fillDatabase(const SimulateOptions &options, const ScreenLayout &layout,
                   const std::set<int> &uncorrected, const QString &path, std::ostream &err)
 {
-    Progress progress(options.showProgress ? &err : nullptr);
+    Progress progress(options.common.showProgress ? &err : nullptr);
     SqlScreenStore store;
     if (store.create(path, options.database, layout)
         && addPartitions(options, layout, uncorrected, store, progress) && store.commit())
@@ -118,7 +119,45 @@ void printSummary(const SimulateOptions &options, const ScreenLayout &layout,
         << (QFileInfo(options.database).size() + 500'000) / 1'000'000 << " MB\n";
 }
 
+/// What the values of several options must be together.
+void checkTogether(const SimulateOptions &options)
+{
+    if (qint64{options.size.width()} * options.size.height() > std::numeric_limits<int>::max())
+        refuse(QStringLiteral("--size has too many pixels"));
+    if (options.grid.width() > options.size.width()
+        || options.grid.height() > options.size.height())
+        refuse(QStringLiteral("--grid has more partitions than --size has pixels"));
+    const int partitionCount = options.grid.width() * options.grid.height();
+    for (const int number : options.uncorrected) {
+        if (number > partitionCount)
+            refuse(QStringLiteral("--uncorrected takes numbers from 1 to %1, not %2")
+                       .arg(partitionCount)
+                       .arg(number));
+    }
+}
+
 } // namespace
+
+void declareSimulate(CLI::App &app, SimulateOptions &options)
+{
+    addDatabase(app, options.database);
+    addSize(app, "--size", "WIDTHxHEIGHT", options.size, 1, "pixels of the wall")
+        ->required()
+        ->default_str("");
+    addSize(app, "--grid", "COLUMNSxROWS", options.grid, 1,
+            "partitions of the wall; they need not divide its size evenly")
+        ->required()
+        ->default_str("");
+    addSize(app, "--band", "WIDTHxHEIGHT", options.band, 0,
+            "pixels by which stored zones reach beyond partitions");
+    addNumber(app, "--seed", "NUMBER", options.seed, 0, std::numeric_limits<int>::max(),
+              "another number, another wall");
+    addNumbers(app, "--uncorrected", options.uncorrected, std::numeric_limits<int>::max(),
+               "numbers of partitions without coefficients: 5,9");
+    addLayers(app, options.layerCount, "store layered coefficients too");
+    addFlag(app, "--force", options.overwrite, "overwrite the database");
+    app.final_callback([&options] { checkTogether(options); });
+}
 
 int simulate(const SimulateOptions &options, std::ostream &out, std::ostream &err)
 {
@@ -147,7 +186,8 @@ int simulate(const SimulateOptions &options, std::ostream &out, std::ostream &er
         err << "seamrevise: " << name << ": " << fault << '\n';
         return Exit_Output;
     }
-    printSummary(options, layout, uncorrected.size(), out);
+    if (options.common.showsText())
+        printSummary(options, layout, uncorrected.size(), out);
     return Exit_Done;
 }
 

@@ -1,11 +1,18 @@
 #pragma once
 
+#include "commands/commonoptions.h"
+
 #include <seamrevision/nqsize.h>
 
 #include <QString>
 
 #include <ostream>
 #include <vector>
+
+namespace CLI
+{
+class App;
+}
 
 namespace seamrevise
 {
@@ -20,8 +27,10 @@ struct SimulateOptions
     std::vector<int> uncorrected; ///< numbers of partitions without coefficients
     int layerCount = 0;           ///< 0: no layered coefficients
     bool overwrite = false;
-    bool showProgress = false; ///< err is a terminal
+    CommonOptions common;
 };
+
+void declareSimulate(CLI::App &app, SimulateOptions &options);
 
 /// Makes a screen database of a plausible wall; the same options make the same file. The file
 /// appears whole or not at all. Holds one partition in memory at a time.
