@@ -19,7 +19,7 @@
 ///     {
 ///         addDatabase(app, options.database);
 ///         addPath(app, "-o,--output", "DIR", options.outputDir, "where it goes")->required();
-///         addSize(app, "--band", options.band, 0, "pixels beyond partitions");
+///         addSize(app, "--band", "WIDTHxHEIGHT", options.band, 0, "pixels beyond partitions");
 ///     }
 ///
 /// Names are "-s,--long" or "--long"; without dashes they are those of an argument, in capitals.
@@ -59,22 +59,10 @@ CLI::Option *addLayers(CLI::App &app, int &layerCount, const char *help);
 /// -q, -v and --json.
 void addCommonOptions(CLI::App &app, CommonOptions &options);
 
-inline QString defaultText(const baseCommon::NQSize &size)
-{
-    return sizeText(size.width(), size.height());
-}
-template <typename Number>
-std::enable_if_t<std::is_arithmetic_v<Number>, QString> defaultText(Number number)
-{
-    return QString::number(number);
-}
-template <typename Value>
-QString defaultText(const std::optional<Value> &value)
-{
-    return value ? defaultText(*value) : QString();
-}
-
-/// A Target is what `parse` returns, or an optional one if the option has no default.
+/// Any of the types of argumentvalues.h: a Target is what `parse` returns, or an optional one if
+/// the option has no default.
+///     addParsed(app, "--weights", {"R,G,B", "three numbers above 0"}, options.weights,
+///               parseWeights, "how much red, green and blue count");
 template <typename Parse, typename Target>
 CLI::Option *addParsed(CLI::App &app, const char *names, const ValueKind &kind, Target &target,
                        Parse parse, const char *help)
@@ -85,7 +73,23 @@ CLI::Option *addParsed(CLI::App &app, const char *names, const ValueKind &kind, 
             target = static_cast<Target>(*value);
         return value.has_value();
     };
-    return addOption(app, names, kind, take, help)->default_str(defaultText(target).toStdString());
+    return addOption(app, names, kind, take, help);
+}
+
+/// The default as the help names it; empty if there is none.
+inline std::string defaultText(const baseCommon::NQSize &size)
+{
+    return sizeText(size.width(), size.height()).toStdString();
+}
+template <typename Number>
+std::enable_if_t<std::is_arithmetic_v<Number>, std::string> defaultText(Number number)
+{
+    return QString::number(number).toStdString();
+}
+template <typename Value>
+std::string defaultText(const std::optional<Value> &value)
+{
+    return value ? defaultText(*value) : std::string();
 }
 
 template <typename Target>
@@ -93,9 +97,10 @@ CLI::Option *addSize(CLI::App &app, const char *names, const char *placeholder, 
                      int least, const char *help)
 {
     return addParsed(
-        app, names,
-        {placeholder, QStringLiteral("two numbers from %1 to 65535 like 16x9").arg(least)}, size,
-        [least](const QString &text) { return parseSize(text, least); }, help);
+               app, names,
+               {placeholder, QStringLiteral("two numbers from %1 to 65535 like 16x9").arg(least)},
+               size, [least](const QString &text) { return parseSize(text, least); }, help)
+        ->default_str(defaultText(size));
 }
 
 template <typename Target>
@@ -103,15 +108,18 @@ CLI::Option *addNumber(CLI::App &app, const char *names, const char *placeholder
                        int least, int most, const char *help)
 {
     return addParsed(
-        app, names, {placeholder, QStringLiteral("a number from %1 to %2").arg(least).arg(most)},
-        number, [least, most](const QString &text) { return parseInt(text, least, most); }, help);
+               app, names,
+               {placeholder, QStringLiteral("a number from %1 to %2").arg(least).arg(most)}, number,
+               [least, most](const QString &text) { return parseInt(text, least, most); }, help)
+        ->default_str(defaultText(number));
 }
 
 template <typename Target>
 CLI::Option *addPercent(CLI::App &app, const char *names, Target &fraction, const char *help)
 {
     return addParsed(app, names, {"PERCENT", QStringLiteral("a part of 1 like 0.5% or 0.005")},
-                     fraction, parsePercent, help);
+                     fraction, parsePercent, help)
+        ->default_str(defaultText(fraction));
 }
 
 } // namespace seamrevise
