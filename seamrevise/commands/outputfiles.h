@@ -1,0 +1,21 @@
+#pragma once
+
+#include "commands/commonoptions.h"
+#include "exchange/jsonwriter.h"
+
+#include <QString>
+
+#include <ostream>
+
+/// Files that a command writes beside what it is for.
+namespace seamrevise
+{
+
+/// Whether two names, of files that need not exist, are those of one file.
+bool isSameFile(const QString &first, const QString &second);
+
+/// Writes a command's document where --json says, if it does: to out, or to a file, which is
+/// replaced as a whole unless it is a pipe or a device. Empty, or what went wrong with its name.
+QString writeDocument(const CommonOptions &options, const JsonWriter &json, std::ostream &out);
+
+} // namespace seamrevise
