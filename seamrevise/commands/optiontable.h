@@ -114,12 +114,17 @@ CLI::Option *addNumber(CLI::App &app, const char *names, const char *placeholder
         ->default_str(defaultText(number));
 }
 
+inline std::string percentText(const std::optional<double> &fraction)
+{
+    return fraction ? (QString::number(100.0 * *fraction) + QLatin1Char('%')).toStdString() : "";
+}
+
 template <typename Target>
 CLI::Option *addPercent(CLI::App &app, const char *names, Target &fraction, const char *help)
 {
     return addParsed(app, names, {"PERCENT", QStringLiteral("a part of 1 like 0.5% or 0.005")},
                      fraction, parsePercent, help)
-        ->default_str(defaultText(fraction));
+        ->default_str(percentText(fraction));
 }
 
 } // namespace seamrevise

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "commands/commonoptions.h"
+#include "simulation/wallsimulation.h"
 
 #include <seamrevision/nqsize.h>
 
@@ -23,9 +24,10 @@ struct SimulateOptions
     baseCommon::NQSize size; ///< pixels of the wall
     baseCommon::NQSize grid; ///< columns and rows of partitions, no more than pixels
     baseCommon::NQSize band{16, 16};
-    quint64 seed = 1;
+    WallTraits traits;
     std::vector<int> uncorrected; ///< numbers of partitions without coefficients
     int layerCount = 0;           ///< 0: no layered coefficients
+    QString lightFile;            ///< of the true light of every LED; empty: none
     bool overwrite = false;
     CommonOptions common;
 };
