@@ -24,7 +24,7 @@ namespace
 TEST_F(Seamrevise, FaultyDatabasesAreRefusedBeforeAnythingIsWritten)
 {
     const std::pair<const char *, const char *> cases[] = {
-        {"PRAGMA user_version = 2", "version 2"},
+        {"PRAGMA user_version = 3", "version 3"},
         {"DROP TABLE layered_coefficients", "layered_coefficients is missing"},
         {"DELETE FROM screen", "screen is empty"},
         {"DELETE FROM partitions WHERE number = 4", "partition 4 is missing"},
@@ -64,9 +64,9 @@ TEST_F(Seamrevise, StoredValuesAreLittleEndianAndComeBack)
     const StoredZone zone{1, NQRect(3, 4, 3, 4)};
     {
         SqlScreenStore store;
-        ASSERT_TRUE(store.create(in("%d/s.db"), "s.db", ScreenLayout()));
-        ASSERT_TRUE(store.add(zone, {0x1234, 0, 0, 0, 0, 0, 0, 0, 0xFFFE}));
-        ASSERT_TRUE(store.addLayered(zone, 1, {0x12345678, -2, 0}));
+        ASSERT_TRUE(store.create(in("%d/s.db"), ScreenLayout(), Writer()));
+        ASSERT_TRUE(store.put(zone, {0x1234, 0, 0, 0, 0, 0, 0, 0, 0xFFFE}));
+        ASSERT_TRUE(store.putLayered(zone, 1, {0x12345678, -2, 0}));
         ASSERT_TRUE(store.commit());
     }
     const char *const sql

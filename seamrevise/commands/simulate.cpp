@@ -3,9 +3,9 @@
 #include "commands/exitcode.h"
 #include "commands/optiontable.h"
 #include "commands/outputfiles.h"
-#include "commands/passingfile.h"
 #include "commands/progress.h"
 #include "exchange/npywriter.h"
+#include "store/databaseaddress.h"
 #include "store/sqlscreenstore.h"
 
 #include <QFileInfo>
@@ -198,28 +198,25 @@ int SimulateRun::firstTooLarge() const
     return 0;
 }
 
-/// The database gets its name last: when it is there, everything is.
+/// The database is committed last: when it is there, everything is. It remembers no station, so
+/// that the same options make the same bytes.
 int SimulateRun::makeDatabase() const
 {
-    const PassingFile passing(m_options.database);
     Progress progress(m_options.common.showProgress ? &m_err : nullptr);
     SqlScreenStore store;
-    if (!store.create(passing.path(), m_options.database, m_layout) || !fill(store, progress)
-        || !store.commit()) {
-        progress.clear();
-        return fail(Exit_Output, store.errorText());
-    }
+    QString fault;
+    const bool isFilled
+        = store.create(m_options.database, m_layout, {QString(), m_options.overwrite})
+        && fill(store, progress);
     progress.clear();
-    if (!m_options.lightFile.isEmpty()) {
-        const QString fault = writeLight();
-        if (!fault.isEmpty())
-            return fail(Exit_Output, fault);
-    }
-    const std::string fault = passing.moveToFinalName();
-    return fault.empty()
-        ? int{Exit_Done}
-        : fail(Exit_Output,
-               m_options.database + QStringLiteral(": ") + QString::fromStdString(fault));
+    if (isFilled && !m_options.lightFile.isEmpty())
+        fault = writeLight();
+    if (!fault.isEmpty())
+        return fail(Exit_Output, fault);
+    if (isFilled && store.commit())
+        return Exit_Done;
+    // A file is output; what keeps a server from taking it is told as it is to a reader.
+    return fail(isUrl(m_options.database) ? Exit_Input : Exit_Output, store.errorText());
 }
 
 /// Adds every zone; what fails is in the store's errorText().
@@ -231,10 +228,10 @@ bool SimulateRun::fill(SqlScreenStore &store, Progress &progress) const
         if (m_uncorrected.count(number) != 0)
             continue;
         const StoredZone zone = zoneOf(m_layout, number);
-        if (!store.add(zone, m_wall.coefficients(zone)))
+        if (!store.put(zone, m_wall.coefficients(zone)))
             return false;
         if (m_options.layerCount > 0
-            && !store.addLayered(zone, m_options.layerCount,
+            && !store.putLayered(zone, m_options.layerCount,
                                  m_wall.layeredCoefficients(zone, m_options.layerCount)))
             return false;
     }
@@ -277,8 +274,10 @@ void SimulateRun::printSummary() const
     m_out << "shots        " << (m_options.traits.oneShot ? "one for the wall" : "one a partition");
     for (const auto &[number, shift] : m_options.traits.shifts)
         m_out << ", " << number << " off by " << shift.columns << ',' << shift.rows;
-    m_out << "\ndatabase     " << m_options.database.toStdString() << ", "
-          << (QFileInfo(m_options.database).size() + 500'000) / 1'000'000 << " MB\n";
+    m_out << "\ndatabase     " << m_options.database.toStdString();
+    if (!isUrl(m_options.database))
+        m_out << ", " << (QFileInfo(m_options.database).size() + 500'000) / 1'000'000 << " MB";
+    m_out << '\n';
     if (!m_options.lightFile.isEmpty())
         m_out << "light        " << m_options.lightFile.toStdString() << '\n';
 }

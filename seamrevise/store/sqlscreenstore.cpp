@@ -1,17 +1,22 @@
 #include "store/sqlscreenstore.h"
 
+#include "store/dialect.h"
 #include <seamrevision/coefszoneinfo.h>
 #include <seamrevision/multilayercoefzoneinfo.h>
 
-#include <QFileInfo>
-#include <QSet>
+#include <QDateTime>
 #include <QSqlError>
 #include <QSqlQuery>
+#include <QSysInfo>
 #include <QtEndian>
 
+#include <algorithm>
 #include <atomic>
 #include <limits>
 #include <memory>
+#include <utility>
+
+#include <unistd.h>
 
 namespace seamrevise
 {
@@ -20,28 +25,71 @@ namespace
 {
 
 /// Part of the file format.
-constexpr int schemaVersion = 1;
+constexpr int currentVersion = 2;
 constexpr qint64 bytesPerSinglePixel = qint64{9} * 2;
 
-const char *const tables[] = {"screen", "partitions", "coefficients", "layered_coefficients"};
-
-const char *const schema[] = {
-    "CREATE TABLE screen (first_col INTEGER NOT NULL, first_row INTEGER NOT NULL,"
-    " last_col INTEGER NOT NULL, last_row INTEGER NOT NULL,"
-    " grid_cols INTEGER NOT NULL, grid_rows INTEGER NOT NULL,"
-    " band_cols INTEGER NOT NULL, band_rows INTEGER NOT NULL)",
-    "CREATE TABLE partitions (number INTEGER PRIMARY KEY,"
-    " first_col INTEGER NOT NULL, first_row INTEGER NOT NULL,"
-    " last_col INTEGER NOT NULL, last_row INTEGER NOT NULL)",
-    "CREATE TABLE coefficients (number INTEGER PRIMARY KEY,"
-    " first_col INTEGER NOT NULL, first_row INTEGER NOT NULL,"
-    " last_col INTEGER NOT NULL, last_row INTEGER NOT NULL,"
-    " data BLOB NOT NULL)",
-    "CREATE TABLE layered_coefficients (number INTEGER NOT NULL, layers INTEGER NOT NULL,"
-    " first_col INTEGER NOT NULL, first_row INTEGER NOT NULL,"
-    " last_col INTEGER NOT NULL, last_row INTEGER NOT NULL,"
-    " data BLOB NOT NULL, PRIMARY KEY (number, layers))",
+/// Part of the file format. Every version of the schema has all of the one before it; the types of
+/// columns of bytes are the dialect's, for %1.
+const struct
+{
+    const char *name, *columns;
+    int since;
+} tables[] = {
+    {"screen",
+     "first_col INTEGER NOT NULL, first_row INTEGER NOT NULL,"
+     " last_col INTEGER NOT NULL, last_row INTEGER NOT NULL,"
+     " grid_cols INTEGER NOT NULL, grid_rows INTEGER NOT NULL,"
+     " band_cols INTEGER NOT NULL, band_rows INTEGER NOT NULL",
+     1},
+    {"partitions",
+     "number INTEGER PRIMARY KEY,"
+     " first_col INTEGER NOT NULL, first_row INTEGER NOT NULL,"
+     " last_col INTEGER NOT NULL, last_row INTEGER NOT NULL",
+     1},
+    {"coefficients",
+     "number INTEGER PRIMARY KEY,"
+     " first_col INTEGER NOT NULL, first_row INTEGER NOT NULL,"
+     " last_col INTEGER NOT NULL, last_row INTEGER NOT NULL,"
+     " data %1 NOT NULL",
+     1},
+    {"layered_coefficients",
+     "number INTEGER NOT NULL, layers INTEGER NOT NULL,"
+     " first_col INTEGER NOT NULL, first_row INTEGER NOT NULL,"
+     " last_col INTEGER NOT NULL, last_row INTEGER NOT NULL,"
+     " data %1 NOT NULL, PRIMARY KEY (number, layers)",
+     1},
+    {"revisions",
+     "number INTEGER NOT NULL, layers INTEGER NOT NULL, revision INTEGER NOT NULL,"
+     " written TEXT NOT NULL, station TEXT NOT NULL, PRIMARY KEY (number, layers)",
+     2},
 };
+
+const char *const updateScreen
+    = "UPDATE screen SET first_col = ?, first_row = ?, last_col = ?, last_row = ?,"
+      " grid_cols = ?, grid_rows = ?, band_cols = ?, band_rows = ?";
+const char *const insertScreen
+    = "INSERT INTO screen (first_col, first_row, last_col, last_row,"
+      " grid_cols, grid_rows, band_cols, band_rows) VALUES (?, ?, ?, ?, ?, ?, ?, ?)";
+const char *const insertPartition
+    = "INSERT INTO partitions (number, first_col, first_row, last_col, last_row)"
+      " VALUES (?, ?, ?, ?, ?)";
+const char *const putCoefficients
+    = "INSERT INTO coefficients (number, first_col, first_row, last_col, last_row, data)"
+      " VALUES (?, ?, ?, ?, ?, ?) ON CONFLICT (number) DO UPDATE SET"
+      " first_col = excluded.first_col, first_row = excluded.first_row,"
+      " last_col = excluded.last_col, last_row = excluded.last_row, data = excluded.data";
+const char *const putLayeredCoefficients
+    = "INSERT INTO layered_coefficients"
+      " (number, layers, first_col, first_row, last_col, last_row, data)"
+      " VALUES (?, ?, ?, ?, ?, ?, ?) ON CONFLICT (number, layers) DO UPDATE SET"
+      " first_col = excluded.first_col, first_row = excluded.first_row,"
+      " last_col = excluded.last_col, last_row = excluded.last_row, data = excluded.data";
+/// Changes no row if another station wrote the latest revision, and nothing is forced.
+const char *const claimRevision
+    = "INSERT INTO revisions (number, layers, revision, written, station)"
+      " VALUES (?, ?, 1, ?, ?) ON CONFLICT (number, layers) DO UPDATE SET"
+      " revision = revisions.revision + 1, written = excluded.written,"
+      " station = excluded.station WHERE revisions.station = excluded.station OR ?";
 
 QString newConnectionName()
 {
@@ -76,154 +124,301 @@ void placeZone(const StoredZone &stored, ZoneBaseInfo &zone)
     zone.setEndPixRow(stored.rect.bottom());
 }
 
+QVariantList sizeValues(const ScreenLayout &layout)
+{
+    return rectValues(layout.screen)
+        + QVariantList{layout.grid.width(), layout.grid.height(), layout.band.width(),
+                       layout.band.height()};
+}
+
+QVariantList placeValues(const ScreenLayout &layout, int number)
+{
+    const auto place = layout.partitions.find(number);
+    return place == layout.partitions.end() ? QVariantList() : rectValues(place->second);
+}
+
+bool isSame(const ScreenLayout &first, const ScreenLayout &second)
+{
+    return sizeValues(first) == sizeValues(second)
+        && first.partitions.size() == second.partitions.size()
+        && std::all_of(first.partitions.begin(), first.partitions.end(), [&](const auto &entry) {
+               return rectValues(entry.second) == placeValues(second, entry.first);
+           });
+}
+
 } // namespace
+
+QString defaultStation()
+{
+    const QByteArray user = qgetenv("USER");
+    return QString::fromLocal8Bit(user.isEmpty() ? QByteArray::number(getuid()) : user)
+        + QLatin1Char('@') + QSysInfo::machineHostName();
+}
 
 SqlScreenStore::SqlScreenStore()
     : m_connectionName(newConnectionName())
 {
 }
 
-SqlScreenStore::~SqlScreenStore()
-{
-    if (!m_database.isValid())
-        return;
-    m_database.close();
-    m_database = QSqlDatabase(); // the connection must be unused when it is removed
-    QSqlDatabase::removeDatabase(m_connectionName);
-}
+SqlScreenStore::~SqlScreenStore() = default;
 
-bool SqlScreenStore::connect(const QString &path, const QString &options)
+bool SqlScreenStore::connect(const QString &address, DatabaseAccess access)
 {
-    if (m_database.isValid())
+    QString fault;
+    const DatabaseAddress parsed = parseAddress(address, fault);
+    m_displayName = parsed.text;
+    if (!fault.isEmpty())
+        return fail(0, fault);
+    if (m_dialect)
         return fail(0, QStringLiteral("this store has already been used"));
-    if (!QSqlDatabase::isDriverAvailable(QStringLiteral("QSQLITE")))
-        return fail(0, QStringLiteral("Qt has no SQLite driver here; install libqt5sql5-sqlite"));
-    m_database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_connectionName);
-    m_database.setConnectOptions(options);
-    // An absolute path is never one of the names that SQLite reads as something else.
-    m_database.setDatabaseName(QFileInfo(path).absoluteFilePath());
-    return m_database.open() || fail(0, m_database.lastError());
+    m_dialect = dialectOf(parsed);
+    fault = m_dialect->connect(m_connectionName, access);
+    if (!fault.isEmpty())
+        return fail(0, fault);
+    return run(access == DatabaseAccess::Read ? m_dialect->beginReading()
+                                              : m_dialect->beginWriting());
 }
 
-bool SqlScreenStore::open(const QString &path)
+bool SqlScreenStore::open(const QString &address)
 {
-    m_displayName = path;
-    const QFileInfo file(path);
-    if (!file.exists())
-        return fail(0, QStringLiteral("there is no such file"));
-    if (!file.isFile())
-        return fail(0, QStringLiteral("this is not a file"));
-    return connect(path, QStringLiteral("QSQLITE_OPEN_READONLY")) && checkSchema()
-        && checkFileSize(file.size()) && readLayout();
-}
-
-bool SqlScreenStore::create(const QString &path, const QString &displayName,
-                            const ScreenLayout &layout)
-{
-    m_displayName = displayName;
-    if (!connect(path, QString()))
+    QStringList present;
+    if (!connect(address, DatabaseAccess::Read) || !listTables(present) || !checkSchema(present))
         return false;
-    if (!m_database.transaction())
-        return fail(0, m_database.lastError());
-    m_layout = layout;
+    const QString fault = m_dialect->fault();
+    return fault.isEmpty() ? readLayout() : fail(0, fault);
+}
 
-    QSqlQuery query(m_database);
-    for (const char *const statement : schema) {
-        if (!run(query, QString::fromLatin1(statement), {}))
+bool SqlScreenStore::openForWriting(const QString &address, const Writer &writer)
+{
+    m_writer = writer;
+    QStringList present;
+    return connect(address, DatabaseAccess::Write) && listTables(present) && checkSchema(present)
+        && checkIsCurrent() && readLayout(m_dialect->lockingRows(false));
+}
+
+bool SqlScreenStore::create(const QString &address, const ScreenLayout &layout,
+                            const Writer &writer)
+{
+    m_writer = writer;
+    QStringList present;
+    if (!connect(address, writer.force ? DatabaseAccess::Overwrite : DatabaseAccess::Create)
+        || !listTables(present))
+        return false;
+    if (present.isEmpty())
+        return makeWall(layout);
+    if (!writer.force)
+        return fail(0, QStringLiteral("it exists already; --force overwrites it"));
+    return checkSchema(present) && checkIsCurrent() && readLayout(m_dialect->lockingRows(true))
+        && emptyWall() && replaceLayout(layout);
+}
+
+bool SqlScreenStore::openOrCreate(const QString &address, const ScreenLayout &layout,
+                                  const Writer &writer)
+{
+    m_writer = writer;
+    QStringList present;
+    if (!connect(address, DatabaseAccess::WriteOrCreate) || !listTables(present))
+        return false;
+    if (present.isEmpty())
+        return makeWall(layout);
+    return checkSchema(present) && checkIsCurrent() && readLayout(m_dialect->lockingRows(true))
+        && replaceLayout(layout);
+}
+
+bool SqlScreenStore::makeWall(const ScreenLayout &layout)
+{
+    QStringList statements;
+    for (const auto &table : tables)
+        statements += QStringLiteral("CREATE TABLE %1 (%2)")
+                          .arg(QLatin1String(table.name),
+                               QString::fromLatin1(table.columns)
+                                   .replace(QLatin1String("%1"), m_dialect->bytesType()));
+    for (const QString &statement : m_dialect->schema(statements, currentVersion)) {
+        if (!run(statement))
             return false;
     }
-    const QVariantList sizes{layout.grid.width(), layout.grid.height(), layout.band.width(),
-                             layout.band.height()};
-    if (!run(query, QStringLiteral("PRAGMA user_version = %1").arg(schemaVersion), {})
-        || !run(query, QStringLiteral("INSERT INTO screen VALUES (?, ?, ?, ?, ?, ?, ?, ?)"),
-                rectValues(layout.screen) + sizes))
-        return false;
+    m_schemaVersion = currentVersion;
+    return writeScreen(QString::fromLatin1(insertScreen), layout) && writePartitions(layout);
+}
+
+bool SqlScreenStore::writeScreen(const QString &sql, const ScreenLayout &layout)
+{
+    m_layout = layout;
+    QSqlQuery query(m_dialect->database());
+    return run(query, sql, sizeValues(layout));
+}
+
+bool SqlScreenStore::writePartitions(const ScreenLayout &layout)
+{
+    QSqlQuery query(m_dialect->database());
     for (const auto &entry : layout.partitions) {
-        if (!run(query, QStringLiteral("INSERT INTO partitions VALUES (?, ?, ?, ?, ?)"),
+        if (!run(query, QString::fromLatin1(insertPartition),
                  QVariantList{entry.first} + rectValues(entry.second), entry.first))
             return false;
     }
     return true;
 }
 
-bool SqlScreenStore::add(const StoredZone &zone, const std::vector<unsigned short> &values)
+bool SqlScreenStore::replaceLayout(const ScreenLayout &layout)
 {
-    return checkSize(zone.number, zone.rect, bytesPerSinglePixel,
-                     static_cast<qint64>(values.size()) * qint64{sizeof(unsigned short)})
-        && addZone(QStringLiteral("INSERT INTO coefficients VALUES (?, ?, ?, ?, ?, ?)"),
-                   {zone.number}, zone, littleEndian(values));
+    return isSame(m_layout, layout)
+        || (removeMoved(layout) && run(QStringLiteral("DELETE FROM partitions"))
+            && writeScreen(QString::fromLatin1(updateScreen), layout) && writePartitions(layout));
 }
 
-bool SqlScreenStore::addLayered(const StoredZone &zone, int layerCount,
-                                const std::vector<qint32> &values)
+/// Coefficients of a partition that gets another place, or none, are of no use any more.
+bool SqlScreenStore::removeMoved(const ScreenLayout &layout)
 {
-    return checkSize(zone.number, zone.rect, bytesPerLayeredPixel(layerCount),
-                     static_cast<qint64>(values.size()) * qint64{sizeof(qint32)})
-        && addZone(QStringLiteral("INSERT INTO layered_coefficients VALUES (?, ?, ?, ?, ?, ?, ?)"),
-                   {zone.number, layerCount}, zone, littleEndian(values));
-}
-
-bool SqlScreenStore::addZone(const QString &sql, const QVariantList &key, const StoredZone &zone,
-                             const QByteArray &bytes)
-{
-    QSqlQuery query(m_database);
-    return run(query, sql, key + rectValues(zone.rect) + QVariantList{bytes}, zone.number);
-}
-
-bool SqlScreenStore::commit()
-{
-    if (!m_database.commit())
-        return fail(0, m_database.lastError());
-    m_database.close();
-    return true;
-}
-
-bool SqlScreenStore::checkSchema()
-{
-    QSqlQuery query(m_database);
-    int version = 0;
-    if (!run(query, QStringLiteral("PRAGMA user_version"), {})
-        || !nextRow(query, 0, QStringLiteral("it has no schema version"))
-        || !readInts(query, 0, 0, 1, &version))
-        return false;
-    if (version != schemaVersion)
-        return fail(0,
-                    QStringLiteral("it has schema version %1, this program reads version %2")
-                        .arg(version)
-                        .arg(schemaVersion));
-
-    if (!run(query, QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'table'"), {}))
-        return false;
-    QSet<QString> present;
-    while (query.next())
-        present.insert(query.value(0).toString());
-    for (const char *const table : tables) {
-        if (!present.contains(QString::fromLatin1(table)))
-            return fail(0, QStringLiteral("the table %1 is missing").arg(QLatin1String(table)));
+    std::vector<std::pair<int, int>> stored;
+    {
+        QSqlQuery query(m_dialect->database());
+        if (!run(query,
+                 QStringLiteral("SELECT number, 0 FROM coefficients UNION ALL"
+                                " SELECT number, layers FROM layered_coefficients ORDER BY 1, 2"),
+                 {}))
+            return false;
+        while (query.next())
+            stored.emplace_back(query.value(0).toInt(), query.value(1).toInt());
+        if (query.lastError().isValid())
+            return fail(0, query.lastError());
+    }
+    for (const auto &[number, layerCount] : stored) {
+        if ((m_layout.partitions.count(number) == 0
+             || placeValues(m_layout, number) != placeValues(layout, number))
+            && !remove(number, layerCount))
+            return false;
     }
     return true;
 }
 
-/// SQLite itself reads a last page that was cut short as if it ended in zeros.
-bool SqlScreenStore::checkFileSize(qint64 fileBytes)
+bool SqlScreenStore::emptyWall()
 {
-    QSqlQuery query(m_database);
-    int pageBytes = 0;
-    if (!run(query, QStringLiteral("PRAGMA page_size"), {})
-        || !nextRow(query, 0, QStringLiteral("it has no page size"))
-        || !readInts(query, 0, 0, 1, &pageBytes))
-        return false;
-    return (pageBytes > 0 && fileBytes % pageBytes == 0)
-        || fail(0, QStringLiteral("the file was cut short"));
+    return run(QStringLiteral("DELETE FROM coefficients"))
+        && run(QStringLiteral("DELETE FROM layered_coefficients"))
+        && run(QStringLiteral("DELETE FROM revisions"));
 }
 
-bool SqlScreenStore::readLayout()
+bool SqlScreenStore::put(const StoredZone &zone, const std::vector<unsigned short> &values)
 {
-    QSqlQuery query(m_database);
+    return checkSize(zone.number, zone.rect, bytesPerSinglePixel,
+                     static_cast<qint64>(values.size()) * qint64{sizeof(unsigned short)})
+        && claim(zone.number, 0)
+        && putZone(QString::fromLatin1(putCoefficients), {zone.number}, zone, littleEndian(values));
+}
+
+bool SqlScreenStore::putLayered(const StoredZone &zone, int layerCount,
+                                const std::vector<qint32> &values)
+{
+    return checkSize(zone.number, zone.rect, bytesPerLayeredPixel(layerCount),
+                     static_cast<qint64>(values.size()) * qint64{sizeof(qint32)})
+        && claim(zone.number, layerCount)
+        && putZone(QString::fromLatin1(putLayeredCoefficients), {zone.number, layerCount}, zone,
+                   littleEndian(values));
+}
+
+bool SqlScreenStore::putZone(const QString &sql, const QVariantList &key, const StoredZone &zone,
+                             const QByteArray &bytes)
+{
+    const QSqlError error = m_dialect->writeBytes(sql, key + rectValues(zone.rect), bytes);
+    return !error.isValid() || fail(zone.number, error);
+}
+
+bool SqlScreenStore::remove(int number, int layerCount)
+{
+    QSqlQuery query(m_dialect->database());
+    if (!claim(number, layerCount))
+        return false;
+    return layerCount == 0
+        ? run(query, QStringLiteral("DELETE FROM coefficients WHERE number = ?"), {number}, number)
+        : run(query,
+              QStringLiteral("DELETE FROM layered_coefficients WHERE number = ? AND layers = ?"),
+              {number, layerCount}, number);
+}
+
+/// Notes who writes; one statement, so that of two writers the later sees the earlier.
+bool SqlScreenStore::claim(int number, int layerCount)
+{
+    if (m_writer.station.isEmpty())
+        return true;
+    const QString now = QDateTime::currentDateTimeUtc().toString(Qt::ISODate);
+    QSqlQuery query(m_dialect->database());
+    if (!run(query, QString::fromLatin1(claimRevision),
+             {number, layerCount, now, m_writer.station, m_writer.force}, number))
+        return false;
+    return query.numRowsAffected() > 0 || refuse(number, layerCount);
+}
+
+bool SqlScreenStore::refuse(int number, int layerCount)
+{
+    QSqlQuery query(m_dialect->database());
+    if (!run(query,
+             QStringLiteral("SELECT station, written FROM revisions"
+                            " WHERE number = ? AND layers = ?"),
+             {number, layerCount}, number)
+        || !nextRow(query, number, QStringLiteral("another station has written it just now")))
+        return false;
+    return fail(number,
+                QStringLiteral("station %1 wrote it at %2; --force overwrites it")
+                    .arg(query.value(0).toString(), query.value(1).toString()));
+}
+
+bool SqlScreenStore::commit()
+{
+    if (!m_errorText.isEmpty() || !run(QStringLiteral("COMMIT")))
+        return false;
+    const QString fault = m_dialect->finish();
+    return fault.isEmpty() || fail(0, fault);
+}
+
+bool SqlScreenStore::listTables(QStringList &present)
+{
+    QSqlQuery query(m_dialect->database());
+    if (!run(query, m_dialect->tablesQuery(), {}))
+        return false;
+    while (query.next())
+        present.push_back(query.value(0).toString());
+    return !query.lastError().isValid() || fail(0, query.lastError());
+}
+
+bool SqlScreenStore::checkSchema(const QStringList &present)
+{
+    if (present.isEmpty())
+        return fail(0, QStringLiteral("no wall is stored there"));
+    QSqlQuery query(m_dialect->database());
+    if (!run(query, m_dialect->versionQuery(), {})
+        || !nextRow(query, 0, QStringLiteral("it has no schema version"))
+        || !readInts(query, 0, 0, 1, &m_schemaVersion))
+        return false;
+    if (m_schemaVersion < 1 || m_schemaVersion > currentVersion)
+        return fail(0,
+                    QStringLiteral("it has schema version %1, this program reads 1 to %2")
+                        .arg(m_schemaVersion)
+                        .arg(currentVersion));
+    for (const auto &table : tables) {
+        if (table.since <= m_schemaVersion && !present.contains(QLatin1String(table.name)))
+            return fail(0,
+                        QStringLiteral("the table %1 is missing").arg(QLatin1String(table.name)));
+    }
+    return true;
+}
+
+bool SqlScreenStore::checkIsCurrent()
+{
+    return m_schemaVersion == currentVersion
+        || fail(0,
+                QStringLiteral("it has schema version %1; seamrevise upgrade makes it version %2")
+                    .arg(m_schemaVersion)
+                    .arg(currentVersion));
+}
+
+bool SqlScreenStore::readLayout(const QString &locking)
+{
+    QSqlQuery query(m_dialect->database());
     int sizes[4] = {};
     if (!run(query,
              QStringLiteral("SELECT first_col, first_row, last_col, last_row, grid_cols, grid_rows,"
-                            " band_cols, band_rows FROM screen"),
+                            " band_cols, band_rows FROM screen ")
+                 + locking,
              {})
         || !nextRow(query, 0, QStringLiteral("the table screen is empty"))
         || !readRect(query, 0, 0, m_layout.screen) || !readInts(query, 0, 4, 4, sizes))
@@ -248,19 +443,18 @@ bool SqlScreenStore::readLayout()
 
 bool SqlScreenStore::listZones(std::vector<StoredZone> &zones)
 {
-    return readZoneList(
-        QStringLiteral("SELECT number, first_col, first_row, last_col, last_row,"
-                       " (typeof(data) = 'blob') * length(data) FROM coefficients ORDER BY number"),
-        {}, bytesPerSinglePixel, zones);
+    return readZoneList(QStringLiteral("SELECT number, first_col, first_row, last_col, last_row, %1"
+                                       " FROM coefficients ORDER BY number")
+                            .arg(m_dialect->lengthOf(QStringLiteral("data"))),
+                        {}, bytesPerSinglePixel, zones);
 }
 
 bool SqlScreenStore::listLayeredZones(int layerCount, std::vector<StoredZone> &zones)
 {
-    if (!readZoneList(
-            QStringLiteral("SELECT number, first_col, first_row, last_col, last_row,"
-                           " (typeof(data) = 'blob') * length(data) FROM layered_coefficients"
-                           " WHERE layers = ? ORDER BY number"),
-            {layerCount}, bytesPerLayeredPixel(layerCount), zones))
+    if (!readZoneList(QStringLiteral("SELECT number, first_col, first_row, last_col, last_row, %1"
+                                     " FROM layered_coefficients WHERE layers = ? ORDER BY number")
+                          .arg(m_dialect->lengthOf(QStringLiteral("data"))),
+                      {layerCount}, bytesPerLayeredPixel(layerCount), zones))
         return false;
     std::vector<int> numbers;
     if (ReadMultiLayerAllCorrectedAreaIDs(numbers) != 0)
@@ -278,7 +472,7 @@ bool SqlScreenStore::readZoneList(const QString &sql, const QVariantList &values
                                   qint64 bytesPerPixel, std::vector<StoredZone> &zones)
 {
     zones.clear();
-    QSqlQuery query(m_database);
+    QSqlQuery query(m_dialect->database());
     if (!run(query, sql, values))
         return false;
     while (query.next()) {
@@ -291,9 +485,38 @@ bool SqlScreenStore::readZoneList(const QString &sql, const QVariantList &values
     return !query.lastError().isValid() || fail(0, query.lastError());
 }
 
+bool SqlScreenStore::listLayerCounts(std::vector<int> &layerCounts)
+{
+    layerCounts.clear();
+    return readNumbers(
+        QStringLiteral("SELECT DISTINCT layers FROM layered_coefficients ORDER BY layers"),
+        layerCounts);
+}
+
+bool SqlScreenStore::listRevisions(std::vector<PartitionRevision> &revisions)
+{
+    revisions.clear();
+    if (m_schemaVersion < 2)
+        return true;
+    QSqlQuery query(m_dialect->database());
+    if (!run(query,
+             QStringLiteral("SELECT number, layers, revision, written, station FROM revisions"
+                            " ORDER BY number, layers"),
+             {}))
+        return false;
+    while (query.next()) {
+        int values[3] = {};
+        if (!readInts(query, 0, 0, 3, values))
+            return false;
+        revisions.push_back({values[0], values[1], values[2], query.value(3).toString(),
+                             query.value(4).toString()});
+    }
+    return !query.lastError().isValid() || fail(0, query.lastError());
+}
+
 bool SqlScreenStore::readNumbers(const QString &sql, std::vector<int> &numbers)
 {
-    QSqlQuery query(m_database);
+    QSqlQuery query(m_dialect->database());
     if (!run(query, sql, {}))
         return false;
     while (query.next()) {
@@ -328,15 +551,14 @@ int SqlScreenStore::ReadMultiLayerAllCorrectedAreaIDs(std::vector<int> &numbers)
 int SqlScreenStore::readAreaCoefficients(int number, CoefsZoneInfo &zone)
 {
     StoredZone stored{number, NQRect()};
-    QByteArray bytes;
-    if (!readZone(QStringLiteral("SELECT first_col, first_row, last_col, last_row, data"
-                                 " FROM coefficients WHERE number = ?"),
-                  {number}, bytesPerSinglePixel, stored, bytes))
+    StoredBytes bytes;
+    if (!readZone(QStringLiteral("coefficients WHERE number = ?"), {number}, bytesPerSinglePixel,
+                  stored, bytes))
         return 1;
     placeZone(stored, zone);
-    const std::size_t count = static_cast<std::size_t>(bytes.size()) / sizeof(unsigned short);
+    const std::size_t count = static_cast<std::size_t>(bytes.size) / sizeof(unsigned short);
     zone.m_arrayData.resize(count);
-    qFromLittleEndian<unsigned short>(bytes.constData(), static_cast<qsizetype>(count),
+    qFromLittleEndian<unsigned short>(bytes.data, static_cast<qsizetype>(count),
                                       zone.m_arrayData.data());
     return 0;
 }
@@ -347,15 +569,14 @@ int SqlScreenStore::readMultiLayerAreaCoefficients(const unsigned int &layerSize
 {
     const qint64 rowBytes = bytesPerLayeredPixel(layerSize);
     StoredZone stored{static_cast<int>(number), NQRect()};
-    QByteArray bytes;
-    if (!readZone(QStringLiteral("SELECT first_col, first_row, last_col, last_row, data"
-                                 " FROM layered_coefficients WHERE number = ? AND layers = ?"),
+    StoredBytes bytes;
+    if (!readZone(QStringLiteral("layered_coefficients WHERE number = ? AND layers = ?"),
                   {number, layerSize}, rowBytes, stored, bytes))
         return 1;
     placeZone(stored, zone);
     const std::size_t rowValues = std::size_t{layerSize} * 3;
     zone.m_multiLayerCoefs.resize(static_cast<std::size_t>(pixelsOf(stored.rect)));
-    const char *row = bytes.constData();
+    const char *row = bytes.data;
     for (std::vector<int> &values : zone.m_multiLayerCoefs) {
         values.resize(rowValues);
         qFromLittleEndian<qint32>(row, static_cast<qsizetype>(rowValues), values.data());
@@ -364,17 +585,25 @@ int SqlScreenStore::readMultiLayerAreaCoefficients(const unsigned int &layerSize
     return 0;
 }
 
-bool SqlScreenStore::readZone(const QString &sql, const QVariantList &values, qint64 bytesPerPixel,
-                              StoredZone &zone, QByteArray &bytes)
+bool SqlScreenStore::readZone(const QString &source, const QVariantList &keys, qint64 bytesPerPixel,
+                              StoredZone &zone, StoredBytes &bytes)
 {
-    QSqlQuery query(m_database);
-    if (!run(query, sql, values, zone.number)
-        || !nextRow(query, zone.number,
-                    QStringLiteral("it has no stored coefficients of this kind"))
-        || !readRect(query, zone.number, 0, zone.rect))
-        return false;
-    bytes = query.value(4).toByteArray();
-    return checkSize(zone.number, zone.rect, bytesPerPixel, bytes.size());
+    const QString missing = QStringLiteral("it has no stored coefficients of this kind");
+    {
+        QSqlQuery query(m_dialect->database());
+        if (!run(query,
+                 QStringLiteral("SELECT first_col, first_row, last_col, last_row FROM ") + source,
+                 keys, zone.number)
+            || !nextRow(query, zone.number, missing) || !readRect(query, zone.number, 0, zone.rect))
+            return false;
+    }
+    const QSqlError error
+        = m_dialect->readBytes(QStringLiteral("SELECT data FROM ") + source, keys, bytes);
+    if (error.isValid())
+        return fail(zone.number, error);
+    if (!bytes.data)
+        return fail(zone.number, missing);
+    return checkSize(zone.number, zone.rect, bytesPerPixel, bytes.size);
 }
 
 bool SqlScreenStore::checkSize(int number, const NQRect &rect, qint64 bytesPerPixel, qint64 bytes)
@@ -393,6 +622,12 @@ bool SqlScreenStore::checkSize(int number, const NQRect &rect, qint64 bytesPerPi
                         .arg(pixels * bytesPerPixel)
                         .arg(bytes));
     return true;
+}
+
+bool SqlScreenStore::run(const QString &sql)
+{
+    QSqlQuery query(m_dialect->database());
+    return run(query, sql, {});
 }
 
 bool SqlScreenStore::run(QSqlQuery &query, const QString &sql, const QVariantList &values,
@@ -446,7 +681,7 @@ bool SqlScreenStore::fail(int number, const QString &message)
 
 bool SqlScreenStore::fail(int number, const QSqlError &error)
 {
-    return fail(number, error.databaseText().isEmpty() ? error.text() : error.databaseText());
+    return fail(number, m_dialect->message(error));
 }
 
 } // namespace seamrevise

@@ -1,0 +1,209 @@
+#include "store/dialect.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QFileInfo>
+#include <QSqlQuery>
+
+#include <filesystem>
+#include <system_error>
+
+namespace seamrevise
+{
+
+namespace
+{
+
+/// How long a writer waits for another one, in milliseconds.
+constexpr int mostWaiting = 30'000;
+/// Zones are large: the largest pages that there are halve the time of reading them.
+constexpr int pageBytes = 65536;
+
+/// A wall in a file. A new one is made under a passing name beside it and renamed when it is whole.
+class SqliteDialect : public Dialect
+{
+public:
+    explicit SqliteDialect(const QString &path)
+        : m_path(QFileInfo(path).absoluteFilePath()) // never one of SQLite's special names
+    {
+    }
+    ~SqliteDialect() override
+    {
+        disconnect();
+        removePassing();
+    }
+    SqliteDialect(const SqliteDialect &) = delete;
+    SqliteDialect &operator=(const SqliteDialect &) = delete;
+
+    QString connect(const QString &connectionName, DatabaseAccess access) override
+    {
+        m_isReader = access == DatabaseAccess::Read;
+        m_mayReplace = access == DatabaseAccess::Overwrite;
+        const bool isNew = isMaking(access);
+        QString what = isNew ? obstacle() : absence();
+        if (!what.isEmpty())
+            return what;
+        if (!QSqlDatabase::isDriverAvailable(QStringLiteral("QSQLITE")))
+            return QStringLiteral("Qt has no SQLite driver here; install libqt5sql5-sqlite");
+        m_database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), connectionName);
+        m_database.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=%1").arg(mostWaiting));
+        if (isNew) {
+            m_passingPath
+                = m_path + QStringLiteral(".%1.part").arg(QCoreApplication::applicationPid());
+            removePassing();
+        }
+        m_database.setDatabaseName(isNew ? m_passingPath : m_path);
+        return m_database.open() ? prepare() : message(m_database.lastError());
+    }
+
+    /// SQLite itself reads a last page that was cut short as if it ended in zeros.
+    QString fault() const override
+    {
+        QSqlQuery query(m_database);
+        if (!query.exec(QStringLiteral("PRAGMA page_size")) || !query.next())
+            return message(query.lastError());
+        const int size = query.value(0).toInt();
+        return size > 0 && QFileInfo(m_path).size() % size == 0
+            ? QString()
+            : QStringLiteral("the file was cut short");
+    }
+
+    QString finish() override
+    {
+        disconnect();
+        if (m_passingPath.isEmpty())
+            return {};
+        const QString what = rename();
+        removePassing();
+        return what;
+    }
+
+    QString beginReading() const override { return QStringLiteral("BEGIN"); }
+    QString beginWriting() const override { return QStringLiteral("BEGIN IMMEDIATE"); }
+
+    QString tablesQuery() const override
+    {
+        return QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'table'");
+    }
+    QString versionQuery() const override { return QStringLiteral("PRAGMA user_version"); }
+    QStringList schema(const QStringList &tables, int version) const override
+    {
+        return tables + QStringList(QStringLiteral("PRAGMA user_version = %1").arg(version));
+    }
+
+    QString bytesType() const override { return QStringLiteral("BLOB"); }
+    QString lengthOf(const QString &column) const override
+    {
+        return QStringLiteral("(typeof(%1) = 'blob') * length(%1)").arg(column);
+    }
+    QString lockingRows(bool) const override { return {}; } // one writer at a time anyway
+
+    QSqlError readBytes(const QString &sql, const QVariantList &keys, StoredBytes &bytes) override
+    {
+        QSqlQuery query(m_database);
+        const QSqlError error = run(query, sql, keys);
+        if (error.isValid() || !query.next())
+            return error.isValid() ? error : query.lastError();
+        const auto value = std::make_shared<QByteArray>(query.value(0).toByteArray());
+        bytes = {value->constData(), value->size(), value};
+        return {};
+    }
+
+    QSqlError writeBytes(const QString &sql, const QVariantList &values,
+                         const QByteArray &bytes) override
+    {
+        QSqlQuery query(m_database);
+        return run(query, sql, values + QVariantList{bytes});
+    }
+
+    QString message(const QSqlError &error) const override
+    {
+        constexpr auto busy = "5"; // SQLITE_BUSY
+        if (error.nativeErrorCode() == QLatin1String(busy))
+            return QStringLiteral("another program has kept it locked for %1 seconds")
+                .arg(mostWaiting / 1000);
+        return error.databaseText().isEmpty() ? error.text() : error.databaseText();
+    }
+
+private:
+    static QSqlError run(QSqlQuery &query, const QString &sql, const QVariantList &values)
+    {
+        query.setForwardOnly(true);
+        if (!query.prepare(sql))
+            return query.lastError();
+        for (const QVariant &value : values)
+            query.addBindValue(value);
+        return query.exec() ? QSqlError() : query.lastError();
+    }
+
+    /// What keeps an existing file from being opened.
+    QString absence() const
+    {
+        const QFileInfo file(m_path);
+        if (!file.exists())
+            return QStringLiteral("there is no such file");
+        return file.isFile() ? QString() : QStringLiteral("this is not a file");
+    }
+
+    bool isMaking(DatabaseAccess access) const
+    {
+        return access == DatabaseAccess::Create || access == DatabaseAccess::Overwrite
+            || (access == DatabaseAccess::WriteOrCreate && !QFileInfo::exists(m_path));
+    }
+
+    /// What keeps a new file from getting its name.
+    QString obstacle() const
+    {
+        const QFileInfo file(m_path);
+        if (file.isDir())
+            return QStringLiteral("this is a directory");
+        return file.exists() && !m_mayReplace
+            ? QStringLiteral("it exists already; --force overwrites it")
+            : QString();
+    }
+
+    /// A reader's connection may write, too: what a writer that was killed has left behind is
+    /// undone by whoever comes next.
+    QString prepare()
+    {
+        QSqlQuery query(m_database);
+        return query.exec(m_isReader ? QStringLiteral("PRAGMA query_only = ON")
+                                     : QStringLiteral("PRAGMA page_size = %1").arg(pageBytes))
+            ? QString()
+            : message(query.lastError());
+    }
+
+    QString rename() const
+    {
+        if (!m_mayReplace) // never over a file that has come meanwhile
+            return QFile::rename(m_passingPath, m_path)
+                ? QString()
+                : QStringLiteral("it cannot get its name, or exists already");
+        std::error_code error;
+        std::filesystem::rename(QFile::encodeName(m_passingPath).toStdString(),
+                                QFile::encodeName(m_path).toStdString(), error);
+        return error ? QString::fromStdString(error.message()) : QString();
+    }
+
+    void removePassing() const
+    {
+        if (m_passingPath.isEmpty())
+            return;
+        QFile::remove(m_passingPath);
+        QFile::remove(m_passingPath + QStringLiteral("-journal"));
+    }
+
+    const QString m_path;
+    QString m_passingPath; ///< of a new file
+    bool m_isReader = false;
+    bool m_mayReplace = false; ///< an existing file
+};
+
+} // namespace
+
+std::unique_ptr<Dialect> sqliteDialect(const QString &path)
+{
+    return std::make_unique<SqliteDialect>(path);
+}
+
+} // namespace seamrevise
