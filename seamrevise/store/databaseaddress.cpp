@@ -85,7 +85,7 @@ QString readQuery(const QString &text, DatabaseAddress &address)
             const QString fault = readPort(item.second, address);
             if (!fault.isEmpty())
                 return fault;
-        } else if (isKnown(item.first)) {
+        } else if (isKnown(item.first) && !item.second.contains(QLatin1Char(';'))) {
             address.parameters.emplace_back(item.first, item.second);
         } else {
             return QStringLiteral("the URL has a parameter that is not known here");

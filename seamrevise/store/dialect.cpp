@@ -18,9 +18,20 @@ void Dialect::disconnect()
     QSqlDatabase::removeDatabase(name);
 }
 
+QString Dialect::existsMessage()
+{
+    return QStringLiteral("it exists already; --force overwrites it");
+}
+
+QString Dialect::lockedMessage()
+{
+    return QStringLiteral("somebody else has kept it locked for %1 seconds")
+        .arg(mostWaitingSeconds);
+}
+
 std::unique_ptr<Dialect> dialectOf(const DatabaseAddress &address)
 {
-    return sqliteDialect(address.text);
+    return address.isUrl ? postgresDialect(address) : sqliteDialect(address.text);
 }
 
 } // namespace seamrevise

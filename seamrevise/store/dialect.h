@@ -14,6 +14,9 @@
 namespace seamrevise
 {
 
+/// How long a writer waits for another one.
+constexpr int mostWaitingSeconds = 30;
+
 /// Bytes of one database value, wherever they lie.
 struct StoredBytes
 {
@@ -77,6 +80,8 @@ public:
 
     /// An error as a user is told of it.
     virtual QString message(const QSqlError &error) const = 0;
+    static QString existsMessage();
+    static QString lockedMessage();
 
 protected:
     void disconnect();

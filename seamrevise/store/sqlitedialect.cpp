@@ -14,8 +14,6 @@ namespace seamrevise
 namespace
 {
 
-/// How long a writer waits for another one, in milliseconds.
-constexpr int mostWaiting = 30'000;
 /// Zones are large: the largest pages that there are halve the time of reading them.
 constexpr int pageBytes = 65536;
 
@@ -46,7 +44,8 @@ public:
         if (!QSqlDatabase::isDriverAvailable(QStringLiteral("QSQLITE")))
             return QStringLiteral("Qt has no SQLite driver here; install libqt5sql5-sqlite");
         m_database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), connectionName);
-        m_database.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=%1").arg(mostWaiting));
+        m_database.setConnectOptions(
+            QStringLiteral("QSQLITE_BUSY_TIMEOUT=%1").arg(mostWaitingSeconds * 1000));
         if (isNew) {
             m_passingPath
                 = m_path + QStringLiteral(".%1.part").arg(QCoreApplication::applicationPid());
@@ -120,8 +119,7 @@ public:
     {
         constexpr auto busy = "5"; // SQLITE_BUSY
         if (error.nativeErrorCode() == QLatin1String(busy))
-            return QStringLiteral("another program has kept it locked for %1 seconds")
-                .arg(mostWaiting / 1000);
+            return lockedMessage();
         return error.databaseText().isEmpty() ? error.text() : error.databaseText();
     }
 
@@ -157,9 +155,7 @@ private:
         const QFileInfo file(m_path);
         if (file.isDir())
             return QStringLiteral("this is a directory");
-        return file.exists() && !m_mayReplace
-            ? QStringLiteral("it exists already; --force overwrites it")
-            : QString();
+        return file.exists() && !m_mayReplace ? existsMessage() : QString();
     }
 
     /// A reader's connection may write, too: what a writer that was killed has left behind is
@@ -176,9 +172,7 @@ private:
     QString rename() const
     {
         if (!m_mayReplace) // never over a file that has come meanwhile
-            return QFile::rename(m_passingPath, m_path)
-                ? QString()
-                : QStringLiteral("it cannot get its name, or exists already");
+            return QFile::rename(m_passingPath, m_path) ? QString() : existsMessage();
         std::error_code error;
         std::filesystem::rename(QFile::encodeName(m_passingPath).toStdString(),
                                 QFile::encodeName(m_path).toStdString(), error);

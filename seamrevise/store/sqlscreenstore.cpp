@@ -207,7 +207,7 @@ bool SqlScreenStore::create(const QString &address, const ScreenLayout &layout,
     if (present.isEmpty())
         return makeWall(layout);
     if (!writer.force)
-        return fail(0, QStringLiteral("it exists already; --force overwrites it"));
+        return fail(0, Dialect::existsMessage());
     return checkSchema(present) && checkIsCurrent() && readLayout(m_dialect->lockingRows(true))
         && emptyWall() && replaceLayout(layout);
 }
@@ -634,6 +634,8 @@ bool SqlScreenStore::run(QSqlQuery &query, const QString &sql, const QVariantLis
                          int number)
 {
     query.setForwardOnly(true);
+    if (values.isEmpty()) // not every statement can be prepared
+        return query.exec(sql) || fail(number, query.lastError());
     if (!query.prepare(sql))
         return fail(number, query.lastError());
     for (const QVariant &value : values)
