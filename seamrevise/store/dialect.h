@@ -17,14 +17,6 @@ namespace seamrevise
 /// How long a writer waits for another one.
 constexpr int mostWaitingSeconds = 30;
 
-/// Bytes of one database value, wherever they lie.
-struct StoredBytes
-{
-    const char *data = nullptr;
-    qint64 size = 0;
-    std::shared_ptr<const void> owner; ///< keeps them
-};
-
 /// What a connection is for.
 enum class DatabaseAccess
 {
@@ -70,8 +62,10 @@ public:
     /// others may have such a clause at the same time.
     virtual QString lockingRows(bool forChange) const = 0;
 
-    /// Reads the bytes that a query yields; data is null if it yields no row.
-    virtual QSqlError readBytes(const QString &sql, const QVariantList &keys, StoredBytes &bytes)
+    /// Reads the column data of the only row that a source, "TABLE WHERE ...", has; it has size
+    /// bytes.
+    virtual QSqlError readBytes(const QString &source, const QVariantList &keys, char *bytes,
+                                qint64 size)
         = 0;
     /// Runs a statement; bytes are its last value.
     virtual QSqlError writeBytes(const QString &sql, const QVariantList &values,

@@ -2,9 +2,12 @@
 
 #include <QSqlDriver>
 #include <QSqlQuery>
+#include <QtEndian>
 
 #include <libpq-fe.h>
 
+#include <algorithm>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -24,7 +27,7 @@ QString quoted(QString text, QLatin1Char quote)
     return quote + text.replace(quote, QString(2, quote)) + quote;
 }
 
-/// A name as libpq's options take it.
+/// A value as libpq's options take it.
 QString optionValue(QString text)
 {
     text.replace(QLatin1Char('\\'), QLatin1String("\\\\"));
@@ -35,16 +38,53 @@ QString optionValue(QString text)
 /// A statement of Qt's SQL, ? for each value, as libpq takes it.
 QByteArray numbered(const QString &sql)
 {
-    QByteArray text;
-    int count = 0;
-    for (const QChar character : sql) {
-        if (character == QLatin1Char('?'))
-            text += '$' + QByteArray::number(++count);
-        else
-            text += QString(character).toUtf8();
-    }
+    const QList<QByteArray> parts = sql.toUtf8().split('?');
+    QByteArray text = parts[0];
+    for (int i = 1; i < parts.size(); ++i)
+        text += '$' + QByteArray::number(i) + parts[i];
     return text;
 }
+
+/// The values of a statement: numbers as text, and last of all bytes as they are.
+class Parameters
+{
+public:
+    Parameters(const QVariantList &numbers, const QByteArray *bytes)
+    {
+        for (const QVariant &number : numbers)
+            m_texts.push_back(number.toString().toLatin1());
+        for (const QByteArray &text : m_texts)
+            add(text, 0);
+        if (bytes)
+            add(*bytes, 1);
+    }
+
+    int count() const { return static_cast<int>(m_values.size()); }
+    const char *const *values() const { return m_values.data(); }
+    const int *lengths() const { return m_lengths.data(); }
+    const int *formats() const { return m_formats.data(); }
+
+private:
+    void add(const QByteArray &value, int format)
+    {
+        m_values.push_back(value.constData());
+        m_lengths.push_back(value.size());
+        m_formats.push_back(format);
+    }
+
+    std::vector<QByteArray> m_texts;
+    std::vector<const char *> m_values;
+    std::vector<int> m_lengths;
+    std::vector<int> m_formats; ///< 0 is text, 1 is binary
+};
+
+/// Bytes are read slice by slice: the server finds the next ones while those before are under way,
+/// and neither side needs memory for more. A slice is a number of whole chunks of 1996 bytes, in
+/// which the server keeps them.
+constexpr int sliceBytes = 16 * 1996;
+const QString slices = QStringLiteral("SELECT start, substring(data FROM start FOR %2)"
+                                      " FROM (SELECT data FROM %1) AS zone,"
+                                      " generate_series(1, octet_length(data), %2) AS start");
 
 /// A wall in a PostgreSQL database: a schema of its own with the wall's name.
 ///
@@ -139,21 +179,35 @@ public:
         return forChange ? QStringLiteral("FOR UPDATE") : QStringLiteral("FOR SHARE");
     }
 
-    QSqlError readBytes(const QString &sql, const QVariantList &keys, StoredBytes &bytes) override
+    QSqlError readBytes(const QString &source, const QVariantList &keys, char *bytes,
+                        qint64 size) override
     {
-        const Result result = execute(sql, keys, nullptr);
-        if (PQresultStatus(result.get()) != PGRES_TUPLES_OK)
-            return error(result);
-        if (PQntuples(result.get()) > 0)
-            bytes = {PQgetvalue(result.get(), 0, 0), PQgetlength(result.get(), 0, 0), result};
-        return {};
+        const Parameters parameters(keys, nullptr);
+        const QByteArray sql = numbered(slices.arg(source).arg(sliceBytes));
+        if (PQsendQueryParams(connection(), sql.constData(), parameters.count(), nullptr,
+                              parameters.values(), parameters.lengths(), parameters.formats(), 1)
+            != 1)
+            return error(nullptr);
+        PQsetSingleRowMode(connection());
+        QSqlError failure;
+        while (const Result result{PQgetResult(connection()), PQclear}) {
+            if (PQresultStatus(result.get()) == PGRES_SINGLE_TUPLE)
+                takeSlice(result.get(), bytes, size);
+            else if (PQresultStatus(result.get()) != PGRES_TUPLES_OK)
+                failure = error(result.get());
+        }
+        return failure;
     }
 
     QSqlError writeBytes(const QString &sql, const QVariantList &values,
                          const QByteArray &bytes) override
     {
-        const Result result = execute(sql, values, &bytes);
-        return PQresultStatus(result.get()) == PGRES_COMMAND_OK ? QSqlError() : error(result);
+        const Parameters parameters(values, &bytes);
+        const Result result(PQexecParams(connection(), numbered(sql).constData(),
+                                         parameters.count(), nullptr, parameters.values(),
+                                         parameters.lengths(), parameters.formats(), 1),
+                            PQclear);
+        return PQresultStatus(result.get()) == PGRES_COMMAND_OK ? QSqlError() : error(result.get());
     }
 
     QString message(const QSqlError &error) const override
@@ -172,7 +226,7 @@ public:
     }
 
 private:
-    using Result = std::shared_ptr<PGresult>;
+    using Result = std::unique_ptr<PGresult, void (*)(PGresult *)>;
 
     QString schemaName() const { return quoted(m_address.wall, QLatin1Char('"')); }
     QString schemaLiteral() const { return quoted(m_address.wall, QLatin1Char('\'')); }
@@ -182,33 +236,19 @@ private:
         return *static_cast<PGconn *const *>(m_database.driver()->handle().constData());
     }
 
-    /// Numbers go as text, bytes as they are, and so do those of the result.
-    Result execute(const QString &sql, const QVariantList &values, const QByteArray *bytes) const
+    static void takeSlice(const PGresult *row, char *bytes, qint64 size)
     {
-        std::vector<QByteArray> texts;
-        for (const QVariant &value : values)
-            texts.push_back(value.toString().toUtf8());
-        std::vector<const char *> parameters;
-        for (const QByteArray &text : texts)
-            parameters.push_back(text.constData());
-        std::vector<int> lengths(texts.size(), 0);
-        std::vector<int> formats(texts.size(), 0);
-        if (bytes) {
-            parameters.push_back(bytes->constData());
-            lengths.push_back(bytes->size());
-            formats.push_back(1);
-        }
-        return {PQexecParams(connection(), numbered(sql).constData(),
-                             static_cast<int>(parameters.size()), nullptr, parameters.data(),
-                             lengths.data(), formats.data(), 1),
-                PQclear};
+        const qint64 start = qFromBigEndian<qint32>(PQgetvalue(row, 0, 0)) - 1;
+        const qint64 length = PQgetlength(row, 0, 1);
+        if (start >= 0 && start + length <= size)
+            std::copy_n(PQgetvalue(row, 0, 1), length, bytes + start);
     }
 
-    QSqlError error(const Result &result) const
+    QSqlError error(const PGresult *result) const
     {
         return QSqlError(QString(), QString::fromUtf8(PQerrorMessage(connection())),
                          QSqlError::StatementError,
-                         QString::fromLatin1(PQresultErrorField(result.get(), PG_DIAG_SQLSTATE)));
+                         QString::fromLatin1(PQresultErrorField(result, PG_DIAG_SQLSTATE)));
     }
 
     /// The first line of what the server or libpq says, without its tag.

@@ -5,6 +5,7 @@
 #include <QFileInfo>
 #include <QSqlQuery>
 
+#include <algorithm>
 #include <filesystem>
 #include <system_error>
 
@@ -97,14 +98,15 @@ public:
     }
     QString lockingRows(bool) const override { return {}; } // one writer at a time anyway
 
-    QSqlError readBytes(const QString &sql, const QVariantList &keys, StoredBytes &bytes) override
+    QSqlError readBytes(const QString &source, const QVariantList &keys, char *bytes,
+                        qint64 size) override
     {
         QSqlQuery query(m_database);
-        const QSqlError error = run(query, sql, keys);
+        const QSqlError error = run(query, QStringLiteral("SELECT data FROM ") + source, keys);
         if (error.isValid() || !query.next())
             return error.isValid() ? error : query.lastError();
-        const auto value = std::make_shared<QByteArray>(query.value(0).toByteArray());
-        bytes = {value->constData(), value->size(), value};
+        const QByteArray value = query.value(0).toByteArray();
+        std::copy_n(value.constData(), std::min<qint64>(value.size(), size), bytes);
         return {};
     }
 

@@ -550,16 +550,18 @@ int SqlScreenStore::ReadMultiLayerAllCorrectedAreaIDs(std::vector<int> &numbers)
 
 int SqlScreenStore::readAreaCoefficients(int number, CoefsZoneInfo &zone)
 {
+    const QString source = QStringLiteral("coefficients WHERE number = ?");
     StoredZone stored{number, NQRect()};
-    StoredBytes bytes;
-    if (!readZone(QStringLiteral("coefficients WHERE number = ?"), {number}, bytesPerSinglePixel,
-                  stored, bytes))
+    qint64 size = 0;
+    if (!findZone(source, {number}, bytesPerSinglePixel, stored, size))
         return 1;
     placeZone(stored, zone);
-    const std::size_t count = static_cast<std::size_t>(bytes.size) / sizeof(unsigned short);
-    zone.m_arrayData.resize(count);
-    qFromLittleEndian<unsigned short>(bytes.data, static_cast<qsizetype>(count),
-                                      zone.m_arrayData.data());
+    std::vector<unsigned short> &values = zone.m_arrayData;
+    values.resize(static_cast<std::size_t>(size) / sizeof(unsigned short));
+    if (!readBytes(source, {number}, number, reinterpret_cast<char *>(values.data()), size))
+        return 1;
+    qFromLittleEndian<unsigned short>(values.data(), static_cast<qsizetype>(values.size()),
+                                      values.data());
     return 0;
 }
 
@@ -567,16 +569,20 @@ int SqlScreenStore::readMultiLayerAreaCoefficients(const unsigned int &layerSize
                                                    const unsigned int &number,
                                                    MultiLayerCoefZoneInfo &zone)
 {
+    const QString source = QStringLiteral("layered_coefficients WHERE number = ? AND layers = ?");
+    const QVariantList keys{number, layerSize};
     const qint64 rowBytes = bytesPerLayeredPixel(layerSize);
     StoredZone stored{static_cast<int>(number), NQRect()};
-    StoredBytes bytes;
-    if (!readZone(QStringLiteral("layered_coefficients WHERE number = ? AND layers = ?"),
-                  {number, layerSize}, rowBytes, stored, bytes))
+    qint64 size = 0;
+    if (!findZone(source, keys, rowBytes, stored, size))
+        return 1;
+    QByteArray bytes(static_cast<int>(size), Qt::Uninitialized);
+    if (!readBytes(source, keys, stored.number, bytes.data(), size))
         return 1;
     placeZone(stored, zone);
     const std::size_t rowValues = std::size_t{layerSize} * 3;
     zone.m_multiLayerCoefs.resize(static_cast<std::size_t>(pixelsOf(stored.rect)));
-    const char *row = bytes.data;
+    const char *row = bytes.constData();
     for (std::vector<int> &values : zone.m_multiLayerCoefs) {
         values.resize(rowValues);
         qFromLittleEndian<qint32>(row, static_cast<qsizetype>(rowValues), values.data());
@@ -585,25 +591,29 @@ int SqlScreenStore::readMultiLayerAreaCoefficients(const unsigned int &layerSize
     return 0;
 }
 
-bool SqlScreenStore::readZone(const QString &source, const QVariantList &keys, qint64 bytesPerPixel,
-                              StoredZone &zone, StoredBytes &bytes)
+/// Where a zone lies and how many bytes it has, which are as many as it needs.
+bool SqlScreenStore::findZone(const QString &source, const QVariantList &keys, qint64 bytesPerPixel,
+                              StoredZone &zone, qint64 &size)
 {
-    const QString missing = QStringLiteral("it has no stored coefficients of this kind");
-    {
-        QSqlQuery query(m_dialect->database());
-        if (!run(query,
-                 QStringLiteral("SELECT first_col, first_row, last_col, last_row FROM ") + source,
-                 keys, zone.number)
-            || !nextRow(query, zone.number, missing) || !readRect(query, zone.number, 0, zone.rect))
-            return false;
-    }
-    const QSqlError error
-        = m_dialect->readBytes(QStringLiteral("SELECT data FROM ") + source, keys, bytes);
-    if (error.isValid())
-        return fail(zone.number, error);
-    if (!bytes.data)
-        return fail(zone.number, missing);
-    return checkSize(zone.number, zone.rect, bytesPerPixel, bytes.size);
+    QSqlQuery query(m_dialect->database());
+    if (!run(query,
+             QStringLiteral("SELECT first_col, first_row, last_col, last_row, %1 FROM ")
+                     .arg(m_dialect->lengthOf(QStringLiteral("data")))
+                 + source,
+             keys, zone.number)
+        || !nextRow(query, zone.number,
+                    QStringLiteral("it has no stored coefficients of this kind"))
+        || !readRect(query, zone.number, 0, zone.rect))
+        return false;
+    size = query.value(4).toLongLong();
+    return checkSize(zone.number, zone.rect, bytesPerPixel, size);
+}
+
+bool SqlScreenStore::readBytes(const QString &source, const QVariantList &keys, int number,
+                               char *bytes, qint64 size)
+{
+    const QSqlError error = m_dialect->readBytes(source, keys, bytes, size);
+    return !error.isValid() || fail(number, error);
 }
 
 bool SqlScreenStore::checkSize(int number, const NQRect &rect, qint64 bytesPerPixel, qint64 bytes)

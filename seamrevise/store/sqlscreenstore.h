@@ -18,7 +18,6 @@ namespace seamrevise
 
 class Dialect;
 enum class DatabaseAccess;
-struct StoredBytes;
 
 /// The largest zone that one database value holds, in bytes.
 constexpr qint64 largestZoneBytes = 999'000'000;
@@ -135,8 +134,10 @@ private:
     bool readNumbers(const QString &sql, std::vector<int> &numbers);
     bool readZoneList(const QString &sql, const QVariantList &values, qint64 bytesPerPixel,
                       std::vector<StoredZone> &zones);
-    bool readZone(const QString &source, const QVariantList &keys, qint64 bytesPerPixel,
-                  StoredZone &zone, StoredBytes &bytes);
+    bool findZone(const QString &source, const QVariantList &keys, qint64 bytesPerPixel,
+                  StoredZone &zone, qint64 &size);
+    bool readBytes(const QString &source, const QVariantList &keys, int number, char *bytes,
+                   qint64 size);
 
     bool run(const QString &sql);
     bool run(QSqlQuery &query, const QString &sql, const QVariantList &values, int number = 0);
