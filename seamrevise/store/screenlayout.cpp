@@ -166,4 +166,17 @@ std::vector<SeamPair> seamsOf(const baseCommon::NQSize &grid)
     return seams;
 }
 
+std::vector<SeamPair> seamsInEngineOrder(const baseCommon::NQSize &grid)
+{
+    std::vector<SeamPair> seams = seamsOf(grid);
+    const auto column = [&](const SeamPair &seam) { return (seam.current - 1) % grid.width(); };
+    const auto vertical = std::find_if(seams.begin(), seams.end(), [](const SeamPair &seam) {
+        return seam.direction == ReviseDirection_Vertical;
+    });
+    std::stable_sort(vertical, seams.end(), [&](const SeamPair &one, const SeamPair &other) {
+        return column(one) < column(other);
+    });
+    return seams;
+}
+
 } // namespace seamrevise

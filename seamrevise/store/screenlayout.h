@@ -6,6 +6,7 @@
 
 #include <QString>
 
+#include <cstddef>
 #include <map>
 #include <vector>
 
@@ -22,6 +23,12 @@ qint64 pixelsOf(const NQRect &rect);
 
 /// The pixels that two rectangles share; inverted if there are none.
 NQRect shared(const NQRect &first, const NQRect &second);
+
+/// The index of a pixel in a rectangle's row by row order.
+inline std::size_t pixelIndex(const NQRect &rect, qint64 row, qint64 col)
+{
+    return static_cast<std::size_t>((row - rect.top()) * columnsOf(rect) + col - rect.left());
+}
 
 /// A rectangle grown by a band on each side and clipped to the screen.
 NQRect grown(const NQRect &rect, const baseCommon::NQSize &band, const NQRect &screen);
@@ -67,5 +74,8 @@ struct SeamPair
 
 /// All seams of a grid: the horizontal neighbours first, both kinds row by row.
 std::vector<SeamPair> seamsOf(const baseCommon::NQSize &grid);
+
+/// The same in the order in which the engines revise them: the vertical ones column by column.
+std::vector<SeamPair> seamsInEngineOrder(const baseCommon::NQSize &grid);
 
 } // namespace seamrevise

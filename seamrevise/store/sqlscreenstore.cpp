@@ -26,7 +26,6 @@ namespace
 
 /// Part of the file format.
 constexpr int currentVersion = 2;
-constexpr qint64 bytesPerSinglePixel = qint64{9} * 2;
 
 /// Part of the file format. Every version of the schema has all of the one before it; the types of
 /// columns of bytes are the dialect's, for %1.
@@ -95,11 +94,6 @@ QString newConnectionName()
 {
     static std::atomic<unsigned int> count{0};
     return QStringLiteral("screenstore-%1").arg(count++);
-}
-
-qint64 bytesPerLayeredPixel(qint64 layerCount)
-{
-    return layerCount * 3 * qint64{sizeof(qint32)};
 }
 
 QVariantList rectValues(const NQRect &rect)
@@ -300,7 +294,7 @@ bool SqlScreenStore::emptyWall()
 
 bool SqlScreenStore::put(const StoredZone &zone, const std::vector<unsigned short> &values)
 {
-    return checkSize(zone.number, zone.rect, bytesPerSinglePixel,
+    return checkSize(zone.number, zone.rect, storedPixelBytes(0),
                      static_cast<qint64>(values.size()) * qint64{sizeof(unsigned short)})
         && claim(zone.number, 0)
         && putZone(QString::fromLatin1(putCoefficients), {zone.number}, zone, littleEndian(values));
@@ -309,7 +303,7 @@ bool SqlScreenStore::put(const StoredZone &zone, const std::vector<unsigned shor
 bool SqlScreenStore::putLayered(const StoredZone &zone, int layerCount,
                                 const std::vector<qint32> &values)
 {
-    return checkSize(zone.number, zone.rect, bytesPerLayeredPixel(layerCount),
+    return checkSize(zone.number, zone.rect, storedPixelBytes(layerCount),
                      static_cast<qint64>(values.size()) * qint64{sizeof(qint32)})
         && claim(zone.number, layerCount)
         && putZone(QString::fromLatin1(putLayeredCoefficients), {zone.number, layerCount}, zone,
@@ -426,17 +420,62 @@ bool SqlScreenStore::readLayout(const QString &locking)
     m_layout.grid = baseCommon::NQSize(sizes[0], sizes[1]);
     m_layout.band = baseCommon::NQSize(sizes[2], sizes[3]);
 
+    std::vector<StoredZone> partitions;
+    if (!readPartitions(partitions))
+        return false;
+    for (const StoredZone &partition : partitions)
+        m_layout.partitions[partition.number] = partition.rect;
+    return true;
+}
+
+bool SqlScreenStore::readPartitions(std::vector<StoredZone> &partitions)
+{
+    QSqlQuery query(m_dialect->database());
     if (!run(query,
              QStringLiteral("SELECT number, first_col, first_row, last_col, last_row"
                             " FROM partitions ORDER BY number"),
              {}))
         return false;
     while (query.next()) {
-        int number = 0;
-        NQRect rect;
-        if (!readInts(query, 0, 0, 1, &number) || !readRect(query, number, 1, rect))
+        StoredZone partition;
+        if (!readInts(query, 0, 0, 1, &partition.number)
+            || !readRect(query, partition.number, 1, partition.rect))
             return false;
-        m_layout.partitions[number] = rect;
+        partitions.push_back(partition);
+    }
+    return !query.lastError().isValid() || fail(0, query.lastError());
+}
+
+bool SqlScreenStore::readInventory(StoredInventory &inventory)
+{
+    inventory = StoredInventory();
+    QSqlQuery query(m_dialect->database());
+    return run(query, QStringLiteral("SELECT count(*) FROM screen"), {})
+        && nextRow(query, 0, QStringLiteral("the table screen is empty"))
+        && readInts(query, 0, 0, 1, &inventory.screenRows) && readPartitions(inventory.partitions)
+        && readCoefficientRows(QStringLiteral("0 FROM coefficients ORDER BY number"), inventory)
+        && readCoefficientRows(
+               QStringLiteral("layers FROM layered_coefficients ORDER BY layers, number"),
+               inventory);
+}
+
+/// @param layersAndTable  what is selected last, and from where
+bool SqlScreenStore::readCoefficientRows(const QString &layersAndTable, StoredInventory &inventory)
+{
+    QSqlQuery query(m_dialect->database());
+    if (!run(query,
+             QStringLiteral("SELECT number, first_col, first_row, last_col, last_row, %1, ")
+                     .arg(m_dialect->lengthOf(QStringLiteral("data")))
+                 + layersAndTable,
+             {}))
+        return false;
+    while (query.next()) {
+        StoredInventory::Coefficients row{};
+        if (!readInts(query, 0, 0, 1, &row.number) || !readRect(query, row.number, 1, row.rect)
+            || !readInts(query, row.number, 6, 1, &row.layerCount))
+            return false;
+        row.bytes = query.value(5).toLongLong();
+        inventory.coefficients.push_back(row);
     }
     return !query.lastError().isValid() || fail(0, query.lastError());
 }
@@ -446,7 +485,7 @@ bool SqlScreenStore::listZones(std::vector<StoredZone> &zones)
     return readZoneList(QStringLiteral("SELECT number, first_col, first_row, last_col, last_row, %1"
                                        " FROM coefficients ORDER BY number")
                             .arg(m_dialect->lengthOf(QStringLiteral("data"))),
-                        {}, bytesPerSinglePixel, zones);
+                        {}, storedPixelBytes(0), zones);
 }
 
 bool SqlScreenStore::listLayeredZones(int layerCount, std::vector<StoredZone> &zones)
@@ -454,7 +493,7 @@ bool SqlScreenStore::listLayeredZones(int layerCount, std::vector<StoredZone> &z
     if (!readZoneList(QStringLiteral("SELECT number, first_col, first_row, last_col, last_row, %1"
                                      " FROM layered_coefficients WHERE layers = ? ORDER BY number")
                           .arg(m_dialect->lengthOf(QStringLiteral("data"))),
-                      {layerCount}, bytesPerLayeredPixel(layerCount), zones))
+                      {layerCount}, storedPixelBytes(layerCount), zones))
         return false;
     std::vector<int> numbers;
     if (ReadMultiLayerAllCorrectedAreaIDs(numbers) != 0)
@@ -553,7 +592,7 @@ int SqlScreenStore::readAreaCoefficients(int number, CoefsZoneInfo &zone)
     const QString source = QStringLiteral("coefficients WHERE number = ?");
     StoredZone stored{number, NQRect()};
     qint64 size = 0;
-    if (!findZone(source, {number}, bytesPerSinglePixel, stored, size))
+    if (!findZone(source, {number}, storedPixelBytes(0), stored, size))
         return 1;
     placeZone(stored, zone);
     std::vector<unsigned short> &values = zone.m_arrayData;
@@ -571,7 +610,7 @@ int SqlScreenStore::readMultiLayerAreaCoefficients(const unsigned int &layerSize
 {
     const QString source = QStringLiteral("layered_coefficients WHERE number = ? AND layers = ?");
     const QVariantList keys{number, layerSize};
-    const qint64 rowBytes = bytesPerLayeredPixel(layerSize);
+    const qint64 rowBytes = storedPixelBytes(layerSize);
     StoredZone stored{static_cast<int>(number), NQRect()};
     qint64 size = 0;
     if (!findZone(source, keys, rowBytes, stored, size))

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "store/screenlayout.h"
+#include "store/inventory.h"
 #include <seamrevision/screendatabasemanager.h>
 
 #include <QByteArray>
@@ -18,9 +18,6 @@ namespace seamrevise
 
 class Dialect;
 enum class DatabaseAccess;
-
-/// The largest zone that one database value holds, in bytes.
-constexpr qint64 largestZoneBytes = 999'000'000;
 
 /// Who writes.
 struct Writer
@@ -93,6 +90,8 @@ public:
     const ScreenLayout &layout() const { return m_layout; }
     int schemaVersion() const { return m_schemaVersion; }
 
+    /// Lists what is stored, right or wrong; fails only where it cannot be read.
+    bool readInventory(StoredInventory &inventory);
     /// Lists the stored zones and checks that each has as many bytes as its rectangle needs,
     /// without reading them.
     bool listZones(std::vector<StoredZone> &zones);
@@ -119,6 +118,8 @@ private:
     bool checkSchema(const QStringList &present);
     bool checkIsCurrent();
     bool readLayout(const QString &locking = QString());
+    bool readPartitions(std::vector<StoredZone> &partitions);
+    bool readCoefficientRows(const QString &layersAndTable, StoredInventory &inventory);
 
     bool makeWall(const ScreenLayout &layout);
     bool writeScreen(const QString &sql, const ScreenLayout &layout);
