@@ -1,0 +1,47 @@
+#include "numbers/luminance.h"
+
+#include <algorithm>
+
+namespace seamrevise
+{
+
+namespace
+{
+
+constexpr double matrixUnit = 2048.0;
+constexpr double layerUnit = 4096.0;
+
+} // namespace
+
+LuminanceWeights scaledToOne(const LuminanceWeights &weights)
+{
+    const double sum = weights[0] + weights[1] + weights[2];
+    return {weights[0] / sum, weights[1] / sum, weights[2] / sum};
+}
+
+double matrixLuminance(const unsigned short *matrix, const LuminanceWeights &weights, int cap)
+{
+    double sum = 0.0;
+    for (std::size_t row = 0; row < 3; ++row) {
+        int rowSum = 0;
+        for (std::size_t col = 0; col < 3; ++col)
+            rowSum += std::min<int>(matrix[row * 3 + col], cap);
+        sum += weights[row] * rowSum;
+    }
+    return sum / matrixUnit;
+}
+
+double layeredLuminance(const int *values, std::size_t valueCount, const LuminanceWeights &weights,
+                        int cap)
+{
+    double sums[3] = {};
+    for (std::size_t i = 0; i < valueCount; i += 3) {
+        for (std::size_t colour = 0; colour < 3; ++colour)
+            sums[colour] += std::min(values[i + colour], cap);
+    }
+    const double layerCount = static_cast<double>(valueCount) / 3.0;
+    return (weights[0] * sums[0] + weights[1] * sums[1] + weights[2] * sums[2]) / layerCount
+        / layerUnit;
+}
+
+} // namespace seamrevise

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <limits>
+
+/// The white luminance that coefficients give a pixel, relative to gain 1.
+namespace seamrevise
+{
+
+/// What red, green and blue add to white; they sum to 1.
+using LuminanceWeights = std::array<double, 3>;
+
+constexpr LuminanceWeights usualWeights{0.2126, 0.7152, 0.0722};
+
+/// Any positive numbers, scaled so that they sum to 1.
+LuminanceWeights scaledToOne(const LuminanceWeights &weights);
+
+/// Larger values count as the cap.
+constexpr int noCap = std::numeric_limits<int>::max();
+
+/// Of a 3x3 matrix in which 2048 is gain 1: each row is what one primary gets for white.
+double matrixLuminance(const unsigned short *matrix, const LuminanceWeights &weights,
+                       int cap = noCap);
+
+/// Of layers of red, green and blue in which 4096 is gain 1: of each colour the mean of its layers.
+double layeredLuminance(const int *values, std::size_t valueCount, const LuminanceWeights &weights,
+                        int cap = noCap);
+
+} // namespace seamrevise
