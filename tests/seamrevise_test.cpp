@@ -2,7 +2,6 @@
 #include "engines/coefkind.h"
 #include "engines/readback.h"
 #include "exchange/jsonwriter.h"
-#include "numbers/borderstep.h"
 #include "store/sqlscreenstore.h"
 
 #include "programsupport.h"
@@ -20,44 +19,6 @@ using namespace seamrevise;
 
 namespace
 {
-
-TEST_F(Seamrevise, FaultyDatabasesAreRefusedBeforeAnythingIsWritten)
-{
-    const std::pair<const char *, const char *> cases[] = {
-        {"PRAGMA user_version = 3", "version 3"},
-        {"DROP TABLE layered_coefficients", "layered_coefficients is missing"},
-        {"DELETE FROM screen", "screen is empty"},
-        {"DELETE FROM partitions WHERE number = 4", "partition 4 is missing"},
-        {"INSERT INTO partitions VALUES (7, 0, 0, 1, 1)", "partition 7 is not in"},
-        {"UPDATE partitions SET first_row = 'x' WHERE number = 2", "partition 2: a number"},
-        {"UPDATE partitions SET last_col = last_col - 1 WHERE number = 2", "partition 3 does not"},
-        {"UPDATE partitions SET last_col = last_col + 1 WHERE number = 2", "partition 3 does not"},
-        {"UPDATE partitions SET last_row = last_row + 1 WHERE number = 6", "partition 6"},
-        {"UPDATE screen SET last_row = last_row - 1", "partition 4 does not end"},
-        {"UPDATE screen SET grid_cols = 2000000000", "no partition, or too many"},
-        {"UPDATE screen SET last_col = 2147483647", "no pixel, or too many"},
-        {"UPDATE coefficients SET data = 'text' WHERE number = 3", "partition 3: its zone of"},
-        {"UPDATE coefficients SET data = zeroblob(18) WHERE number = 3", "18 are stored"},
-        {"UPDATE coefficients SET last_row = 2147483647 WHERE number = 3", "larger than"},
-        {"UPDATE coefficients SET last_row = first_row - 1 WHERE number = 3", "no pixel"},
-        {"UPDATE coefficients SET number = 9 WHERE number = 1", "partition 9"},
-        {"DELETE FROM coefficients", "no partition has coefficients"},
-    };
-    for (const auto &[sql, says] : cases) {
-        makeWall("%d/w.db --force");
-        execute(in("%d/w.db"), sql);
-        const std::string printed = expect(3, "revise %d/w.db -o %d/o", says);
-        EXPECT_NE(printed.find("w.db"), std::string::npos) << printed;
-    }
-    // Cut anywhere.
-    makeWall("%d/w.db --force");
-    const QByteArray whole = contents("%d/w.db");
-    for (int size = 0; size < whole.size(); size += 997) {
-        writeFile(in("%d/cut.db"), whole.left(size));
-        expect(3, "revise %d/cut.db -o %d/o");
-    }
-    EXPECT_FALSE(QDir(in("%d/o")).exists());
-}
 
 TEST_F(Seamrevise, StoredValuesAreLittleEndianAndComeBack)
 {
@@ -84,53 +45,6 @@ TEST_F(Seamrevise, StoredValuesAreLittleEndianAndComeBack)
     EXPECT_EQ(single.m_arrayData.back(), 0xFFFE);
     EXPECT_NE(store.readAreaCoefficients(2, single), 0);
     EXPECT_NE(store.errorText().indexOf("partition 2"), -1);
-}
-
-TEST(BorderStep, IsTheLargestOfTheBlocksAlongASeam)
-{
-    // The 8 pixels on each side count; of 40 lines the first 16 are a block, the others another.
-    const auto light = [](int row, int col) {
-        return (col < 2 ? 50.0 : 1.0) + (col == 2 ? 2.0 : 0.0) + (col > 9 && row < 16 ? 0.5 : 0.0)
-            + (col > 9 && row > 33 ? 0.7 : 0.0);
-    };
-    const auto turned = [&](int row, int col) { return light(col, row); };
-    EXPECT_NEAR(borderStep(ReviseDirection_Horizontal, edgeProfile(NQRect(0, 0, 9, 39), light),
-                           edgeProfile(NQRect(10, 0, 12, 39), light)),
-                2 * 0.25 / 2.75, 1e-12);
-    EXPECT_NEAR(borderStep(ReviseDirection_Vertical, edgeProfile(NQRect(0, 0, 39, 9), turned),
-                           edgeProfile(NQRect(0, 10, 39, 12), turned)),
-                2 * 0.25 / 2.75, 1e-12);
-}
-
-TEST_F(Seamrevise, RevisedWallsAreWrittenAndTheirBordersFade)
-{
-    expect(0, "simulate %d/w.db --size 301x202 --grid 4x3 --uncorrected 5,12 --layers 2");
-    // A value above the caps: files keep it, tables do not.
-    for (const QString table : {"coefficients", "layered_coefficients"})
-        execute(in("%d/w.db"),
-                "UPDATE " + table + " SET data = CAST(X'FFFF0000' || substr(data, 5) AS BLOB)");
-    const struct
-    {
-        const char *options;
-        int fileCount;
-        bool fades;
-    } cases[] = {
-        {"--files", 12, true},           {"--table", 1, true},      {"--layers 2", 24, true},
-        {"--layers 2 --table", 2, true}, {"--band 0x0", 12, false}, {"--margin 16", 12, false},
-    };
-    for (const auto &row : cases) {
-        QDir(in("%d/o")).removeRecursively();
-        const std::string printed = expect(
-            0, QStringLiteral("revise %d/w.db -o %d/o ") + row.options, "10 corrected, 2 not");
-        EXPECT_EQ(files("%d/o").size(), row.fileCount) << row.options;
-        EXPECT_NE(printed.find("12 revised, 5 skipped"), std::string::npos) << printed;
-        double before = 0.0; // the largest border steps, per cent
-        double after = 0.0;
-        const char *const seams = printed.c_str() + printed.rfind("seams");
-        EXPECT_EQ(std::sscanf(seams, "seams %lf %% %lf", &before, &after), 2) << printed;
-        EXPECT_TRUE(before > 2.0 && before < 10.0) << printed;
-        EXPECT_EQ(after < before / 2, row.fades) << printed;
-    }
 }
 
 TEST_F(Seamrevise, TablesAreNumPyArraysWithNeutralUncorrectedPartitions)
@@ -168,9 +82,11 @@ TEST(ReadBack, FilesThatAreNotWhatWasRevisedAreFound)
         const LogLines silence(nullptr);
         Host host(evenWall(2, 3, 2, 2, {2000, 0}, row.layers));
         host.wall.stored.erase(2);
-        row.kind->engine().setPScreenDb(&host);
-        row.kind->result() = row.kind->engine().boundaryModifying(
-            host.path(), ScreenType_PartitionFile, host.areas, {2, 1}, {0, 0, 5, 1}, {2, 2}, 0);
+        ScreenLayout layout;
+        layout.screen = NQRect(0, 0, 5, 1);
+        layout.grid = {2, 1};
+        layout.partitions = {{1, NQRect(0, 0, 2, 1)}, {2, NQRect(3, 0, 5, 1)}};
+        row.kind->run({host, layout, {1}, {2, 2}, 0, usualWeights, host.path(), true});
         for (const QString key : {"1", "2"}) {
             const auto fault = [&] {
                 const int left = key == "1" ? 0 : 3;

@@ -1,5 +1,6 @@
 #include "commands/commandline.h"
 
+#include "commands/check.h"
 #include "commands/exitcode.h"
 #include "commands/help.h"
 #include "commands/loglines.h"
@@ -50,6 +51,8 @@ const Command commands[] = {
      runAs<SimulateOptions, declareSimulate, simulate>},
     {"revise", "Revises the seams of a wall and checks what it has written.",
      "seamrevise revise wall.db -o corrected", runAs<ReviseOptions, declareRevise, revise>},
+    {"check", "Says what would go wrong or look wrong if a wall were revised; writes nothing.",
+     "seamrevise check wall.db --step-limit 0.5%", runAs<CheckOptions, declareCheck, check>},
 };
 
 /// A wrong command line.

@@ -2,6 +2,7 @@
 
 #include "exchange/npywriter.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -14,10 +15,16 @@ namespace
 /// The name with the links on the way to it resolved, as far as it exists.
 QString resolvedName(const QString &path)
 {
-    const QFileInfo file(path);
-    return file.exists()
+    const QFileInfo file(QDir::cleanPath(QFileInfo(path).absoluteFilePath()));
+    return file.exists() || file.isRoot()
         ? file.canonicalFilePath()
-        : QFileInfo(file.absolutePath()).canonicalFilePath() + QLatin1Char('/') + file.fileName();
+        : resolvedName(file.absolutePath()) + QLatin1Char('/') + file.fileName();
+}
+
+/// Whether a file, which need not exist, lies in a directory or below it.
+bool isInside(const QString &file, const QString &directory)
+{
+    return resolvedName(file).startsWith(resolvedName(directory) + QLatin1Char('/'));
 }
 
 QString writePlainly(const QString &path, const QByteArray &bytes)
@@ -33,6 +40,18 @@ QString writePlainly(const QString &path, const QByteArray &bytes)
 bool isSameFile(const QString &first, const QString &second)
 {
     return resolvedName(first) == resolvedName(second);
+}
+
+QString documentFault(const CommonOptions &options, const QString &input, const QString &outputDir)
+{
+    const QString &name = options.jsonFile;
+    if (name.isEmpty() || name == QLatin1String("-"))
+        return {};
+    if (isSameFile(name, input))
+        return name + QStringLiteral(": is the database; use another --json");
+    if (!outputDir.isEmpty() && isInside(name, outputDir))
+        return name + QStringLiteral(": lies in the output directory; use another --json");
+    return {};
 }
 
 QString writeDocument(const CommonOptions &options, const JsonWriter &json, std::ostream &out)

@@ -2,17 +2,14 @@
 
 #include "commands/exitcode.h"
 #include "commands/optiontable.h"
-#include "commands/progress.h"
-#include "commands/revisesummary.h"
-#include "engines/coefkind.h"
+#include "commands/outputfiles.h"
+#include "commands/wallrun.h"
 #include "engines/readback.h"
-#include "numbers/borderstep.h"
-#include "store/sqlscreenstore.h"
 
 #include <seamrevision/localconfig.h>
 
+#include <QCryptographicHash>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QStringList>
@@ -62,7 +59,7 @@ public:
         , m_out(out)
         , m_err(err)
         , m_progress(options.common.showProgress ? &err : nullptr)
-        , m_kind(options.layerCount > 0 ? layeredKind(options.layerCount) : singleLayerKind())
+        , m_wall("revise", options, m_progress)
         , m_outputDir(QFileInfo(options.outputDir).absoluteFilePath())
         , m_dumpDir(options.dumpDir.isEmpty() ? QString()
                                               : QFileInfo(options.dumpDir).absoluteFilePath())
@@ -74,9 +71,8 @@ public:
     {
         using Step = int (ReviseRun::*)();
         const Step steps[]
-            = {&ReviseRun::open,          &ReviseRun::checkZones,  &ReviseRun::measureBefore,
-               &ReviseRun::prepareOutput, &ReviseRun::reviseSeams, &ReviseRun::measureAfter,
-               &ReviseRun::deliver,       &ReviseRun::report};
+            = {&ReviseRun::open,    &ReviseRun::prepareOutput, &ReviseRun::reviseSeams,
+               &ReviseRun::deliver, &ReviseRun::report,        &ReviseRun::checkStepLimit};
         for (const Step step : steps) {
             if (const int code = (this->*step)())
                 return code;
@@ -86,23 +82,24 @@ public:
 
 private:
     int open();
-    int checkZones();
-    int measureBefore();
     int prepareOutput();
     int reviseSeams();
-    int measureAfter();
     int deliver();
     int report();
+    int checkStepLimit();
 
+    bool judge();
     int reviseFailure();
-    QStringList fileNames(int number) const;
-    QString firstUnwritable() const;
+    QStringList fileNames(int number);
+    QString firstUnwritable();
     QString checkAllFiles();
-    QString checkDumps() const;
+    QString checkDumps();
     void fillUncorrected();
+    void describeFiles();
+    QString writeReport();
 
-    const ScreenLayout &layout() const { return m_store.layout(); }
-    bool isCorrected(int number) const { return m_before.count(number) != 0; }
+    const ScreenLayout &layout() const { return m_wall.layout(); }
+    CoefKind &kind() { return m_wall.kind(); }
 
     int fail(ExitCode code, const QString &message)
     {
@@ -115,73 +112,24 @@ private:
     std::ostream &m_out;
     std::ostream &m_err;
     Progress m_progress;
-    SqlScreenStore m_store;
-    const std::unique_ptr<CoefKind> m_kind;
+    WallRun m_wall;
     const QString m_outputDir;
     const QString m_dumpDir;
-    baseCommon::NQSize m_band;
-    std::vector<StoredZone> m_zones;
-    std::vector<AreaInfoBase> m_areas; ///< the engine keeps pointers to them
-    EdgeProfiles m_before;             ///< of the corrected partitions
-    ReviseSummary m_summary;
 };
 
 int ReviseRun::open()
 {
-    if (!m_store.open(m_options.database))
-        return fail(Exit_Input, m_store.errorText());
-    const QString fault = layoutFault(layout());
-    if (!fault.isEmpty())
-        return fail(Exit_Input, m_options.database + QStringLiteral(": ") + fault);
-    if (!m_kind->listZones(m_store, m_zones))
-        return fail(Exit_Input, m_store.errorText());
-    if (m_zones.empty())
-        return fail(Exit_Input,
-                    m_options.database
-                        + QStringLiteral(": no partition has coefficients of this kind"));
-    m_band = m_options.band.value_or(layout().band);
-    return Exit_Done;
-}
-
-int ReviseRun::checkZones()
-{
-    for (const StoredZone &zone : m_zones) {
-        const QString name
-            = m_options.database + QStringLiteral(", partition %1: ").arg(zone.number);
-        const auto partition = layout().partitions.find(zone.number);
-        if (partition == layout().partitions.end())
-            return fail(Exit_Input, name + QStringLiteral("it has coefficients but no place"));
-        const NQRect needed = grown(partition->second, m_band, layout().screen);
-        const qint64 missing = pixelsOf(needed) - pixelsOf(shared(needed, zone.rect));
-        if (missing != 0)
-            return fail(Exit_Input,
-                        name
-                            + QStringLiteral("its zone lacks %1 of the %2 pixels of the partition"
-                                             " with a band of %3; use a smaller --band")
-                                  .arg(missing)
-                                  .arg(pixelsOf(needed))
-                                  .arg(sizeText(m_band.width(), m_band.height())));
-    }
-    return Exit_Done;
-}
-
-int ReviseRun::measureBefore()
-{
-    QElapsedTimer timer;
-    timer.start();
-    for (const StoredZone &zone : m_zones) {
-        m_progress.show("checking", static_cast<int>(m_before.size()) + 1,
-                        static_cast<int>(m_zones.size()));
-        if (!m_kind->readZone(m_store, zone.number))
-            return fail(Exit_Input, m_store.errorText());
-        m_before[zone.number]
-            = edgeProfile(layout().partitions.at(zone.number), [&](int row, int col) {
-                  return m_kind->zoneLuminance(pixelIndex(zone.rect, row, col));
-              });
-    }
-    m_kind->releaseZone();
-    m_summary.checkSeconds += static_cast<double>(timer.elapsed()) / 1000.0;
-    return Exit_Done;
+    const QString clash = documentFault(m_options.common, m_options.database, m_outputDir);
+    if (!clash.isEmpty())
+        return fail(Exit_Output, clash);
+    if (!m_wall.open())
+        return fail(Exit_Input, m_wall.errorText());
+    if (m_wall.isRevisable())
+        return Exit_Done;
+    for (const Finding &finding : m_wall.report().findings)
+        fail(Exit_Input, m_options.database + QStringLiteral(": ") + findingText(finding));
+    const QString fault = writeReport();
+    return fault.isEmpty() ? int{Exit_Input} : fail(Exit_Input, fault);
 }
 
 int ReviseRun::prepareOutput()
@@ -205,65 +153,49 @@ int ReviseRun::prepareOutput()
 
 int ReviseRun::reviseSeams()
 {
-    QMap<QString, AreaInfoBase *> areas;
-    m_areas.reserve(layout().partitions.size());
-    for (const auto &entry : layout().partitions) {
-        const NQRect &rect = entry.second;
-        m_areas.emplace_back(entry.first - 1, rect.top(), rect.left(), rect.bottom(), rect.right());
-        areas.insert(m_areas.back().getAreaNum(), &m_areas.back());
-    }
-    const auto corrected = static_cast<int>(m_zones.size());
-    const auto seams = static_cast<int>(seamsOf(layout().grid).size());
-    const EngineProgress progress(m_progress, corrected, seams, static_cast<int>(m_areas.size()));
     const DumpSwitch dumps(m_dumpDir);
-    const auto screenType
-        = m_options.table ? static_cast<enum_ScreenType>(0) : ScreenType_PartitionFile;
+    m_wall.blend(m_outputDir, !m_options.table, m_options.table ? kind().cap() : noCap,
+                 [this] { return judge(); });
+    if (kind().result().errCode != ErrCode_Success)
+        return reviseFailure();
+    const qint64 changedOutside = m_wall.report().numbers->changes.changedOutside;
+    if (changedOutside > 0)
+        return fail(Exit_Internal,
+                    QStringLiteral("pixels outside every strip would change, on lines of %1 pixels;"
+                                   " nothing is delivered")
+                        .arg(changedOutside));
+    return Exit_Done;
+}
 
-    QElapsedTimer timer;
-    timer.start();
-    m_kind->engine().setPScreenDb(&m_store);
-    m_kind->result() = m_kind->engine().boundaryModifying(
-        m_outputDir, screenType, areas, layout().grid, layout().screen, m_band, m_options.margin);
-    m_summary.reviseSeconds = static_cast<double>(timer.elapsed()) / 1000.0;
-    return m_kind->result().errCode == ErrCode_Success ? int{Exit_Done} : reviseFailure();
+/// Says what looks wrong; whether to go on.
+bool ReviseRun::judge()
+{
+    const RunReport &report = m_wall.report();
+    if (!m_options.common.quiet) {
+        m_progress.clear();
+        for (const Finding &finding : report.findings)
+            m_err << "seamrevise: warning: " << findingText(finding).toStdString() << '\n';
+    }
+    return report.numbers->changes.changedOutside == 0;
 }
 
 int ReviseRun::reviseFailure()
 {
-    const QString partition = m_kind->result().errMsg.isEmpty()
-        ? QString()
-        : QStringLiteral(" at partition ") + m_kind->result().errMsg;
-    if (!m_store.errorText().isEmpty())
-        return fail(Exit_Input, m_store.errorText());
-    switch (m_kind->result().errCode) {
-    case ErrCode_SaveCombineCoefFailed:
+    if (m_wall.errorText().isEmpty() && kind().result().errCode == ErrCode_SaveCombineCoefFailed)
         return fail(Exit_Output, firstUnwritable() + QStringLiteral(": cannot be written"));
-    case ErrCode_Failed:
-    case ErrCode_CorrectedAreaEmpty:
-    case ErrCode_ReadAreaCoefFailed:
-    case ErrCode_IndexOutOfRange:
-    case ErrCode_ReadScreenDbFailed:
-        return fail(Exit_Input,
-                    m_options.database
-                        + QStringLiteral(": the revision stopped%1 with code %2; -v tells more")
-                              .arg(partition)
-                              .arg(int{m_kind->result().errCode}));
-    default:
-        return fail(Exit_Internal,
-                    QStringLiteral("the revision stopped%1 with an unknown code").arg(partition));
-    }
+    return fail(Exit_Input, m_wall.failureText());
 }
 
-QStringList ReviseRun::fileNames(int number) const
+QStringList ReviseRun::fileNames(int number)
 {
     QStringList names;
-    for (const CoefKind::FileKind &kind : m_kind->fileKinds())
+    for (const CoefKind::FileKind &kind : kind().fileKinds())
         names.push_back(QString::number(number) + kind.suffix);
     return names;
 }
 
 /// After a failure: the first of the files that cannot be opened for writing.
-QString ReviseRun::firstUnwritable() const
+QString ReviseRun::firstUnwritable()
 {
     for (const auto &entry : layout().partitions) {
         for (const QString &name : fileNames(entry.first)) {
@@ -278,59 +210,47 @@ QString ReviseRun::firstUnwritable() const
     return m_outputDir;
 }
 
-int ReviseRun::measureAfter()
-{
-    EdgeProfiles after;
-    for (const StoredZone &zone : m_zones)
-        after[zone.number]
-            = edgeProfile(layout().partitions.at(zone.number), [&](int row, int col) {
-                  return m_kind->resultLuminance(pixelIndex(layout().screen, row, col));
-              });
-    m_summary.steps = seamSteps(seamsOf(layout().grid), m_before, after);
-    return Exit_Done;
-}
-
 int ReviseRun::deliver()
 {
-    QElapsedTimer timer;
-    timer.start();
+    RunReport &report = m_wall.report();
+    report.outputDir = m_options.outputDir;
     if (m_options.table)
         fillUncorrected();
     QString fault
-        = m_options.table ? m_kind->writeTables(m_outputDir, m_summary.files) : checkAllFiles();
+        = m_options.table ? kind().writeTables(m_outputDir, report.fileNames) : checkAllFiles();
     if (fault.isEmpty() && !m_dumpDir.isEmpty())
         fault = checkDumps();
-    m_summary.checkSeconds += static_cast<double>(timer.elapsed()) / 1000.0;
+    m_wall.endPart(m_options.table ? "writing" : "reading back");
     return fault.isEmpty() ? int{Exit_Done} : fail(Exit_Output, fault);
 }
 
 void ReviseRun::fillUncorrected()
 {
     for (const auto &entry : layout().partitions) {
-        if (!isCorrected(entry.first))
-            m_summary.filledWith = m_kind->fillNeutral(entry.second);
+        if (!m_wall.isCorrected(entry.first))
+            m_wall.report().filledWith = kind().fillNeutral(entry.second);
     }
 }
 
 QString ReviseRun::checkAllFiles()
 {
     for (const auto &entry : layout().partitions) {
-        m_progress.show("reading back", entry.first, static_cast<int>(m_areas.size()));
-        QString fault
-            = checkFiles(*m_kind, m_outputDir, entry.first, entry.second, isCorrected(entry.first));
+        m_progress.show("reading back", entry.first, static_cast<int>(layout().partitions.size()));
+        QString fault = checkFiles(kind(), m_outputDir, entry.first, entry.second,
+                                   m_wall.isCorrected(entry.first));
         if (!fault.isEmpty())
             return fault;
-        m_summary.files += fileNames(entry.first);
+        m_wall.report().fileNames += fileNames(entry.first);
     }
     return {};
 }
 
-QString ReviseRun::checkDumps() const
+QString ReviseRun::checkDumps()
 {
-    QStringList names = m_kind->screenDumps();
-    for (const StoredZone &zone : m_zones) {
-        for (const QString &name : m_kind->partitionDumps(!m_options.table))
-            names += name.arg(zone.number);
+    QStringList names = kind().screenDumps();
+    for (const int number : m_wall.corrected()) {
+        for (const QString &name : kind().partitionDumps(!m_options.table))
+            names += name.arg(number);
     }
     for (const QString &name : names) {
         const QString path = m_dumpDir + QLatin1Char('/') + name;
@@ -343,14 +263,41 @@ QString ReviseRun::checkDumps() const
 int ReviseRun::report()
 {
     m_progress.clear();
-    m_summary.layerCount = m_options.layerCount;
-    m_summary.correctedCount = static_cast<int>(m_zones.size());
-    m_summary.uncorrectedCount = static_cast<int>(m_areas.size() - m_zones.size());
-    m_summary.seamCount = static_cast<int>(seamsOf(layout().grid).size());
-    m_summary.outputDir = m_options.outputDir;
+    if (!m_options.common.jsonFile.isEmpty())
+        describeFiles();
     if (m_options.common.showsText())
-        printSummary(m_summary, m_out);
-    return Exit_Done;
+        printReport(m_wall.report(), m_out);
+    const QString fault = writeReport();
+    return fault.isEmpty() ? int{Exit_Done} : fail(Exit_Output, fault);
+}
+
+void ReviseRun::describeFiles()
+{
+    RunReport &report = m_wall.report();
+    for (const QString &name : report.fileNames) {
+        QFile file(m_outputDir + QLatin1Char('/') + name);
+        QCryptographicHash hash(QCryptographicHash::Sha256);
+        if (file.open(QIODevice::ReadOnly) && hash.addData(&file))
+            report.files.push_back({name, file.size(), QString::fromLatin1(hash.result().toHex())});
+    }
+    m_wall.endPart("checksums");
+}
+
+/// Empty, or what went wrong.
+QString ReviseRun::writeReport()
+{
+    if (m_options.common.jsonFile.isEmpty())
+        return {};
+    return writeDocument(m_options.common, reportDocument(m_wall.report()), m_out);
+}
+
+int ReviseRun::checkStepLimit()
+{
+    if (!m_options.stepLimit || !m_wall.failsStepLimit())
+        return Exit_Done;
+    return fail(Exit_Different,
+                QStringLiteral("a seam's step exceeds --step-limit %1, or grew by more than 0.1 %")
+                    .arg(percentText(*m_options.stepLimit)));
 }
 
 } // namespace
@@ -368,11 +315,7 @@ void declareRevise(CLI::App &app, ReviseOptions &options)
     addFlag(app, "--files", options.files,
             "write encrypted coefficient files, a set per partition (the default)")
         ->excludes(table);
-    addLayers(app, options.layerCount, "revise the layered coefficients of that layer count");
-    addSize(app, "--band", "WIDTHxHEIGHT", options.band, 0,
-            "pixels by which zones reach beyond partitions (the database's)");
-    addNumber(app, "--margin", "PIXELS", options.margin, 0, std::numeric_limits<int>::max(),
-              "pixels left as they are at both ends of a blended strip");
+    declareWallOptions(app, options);
     addPath(app, "--dumps", "DIR", options.dumpDir, "write text dumps there, made if missing");
 }
 

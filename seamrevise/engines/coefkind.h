@@ -1,43 +1,41 @@
 #pragma once
 
-#include "store/screenlayout.h"
-#include <seamrevision/partitionmerge.h>
+#include "engines/enginerun.h"
 
+#include <seamrevision/areainfobase.h>
+#include <seamrevision/reviseresult.h>
+
+#include <QMap>
 #include <QString>
 #include <QStringList>
 
 #include <memory>
-#include <set>
 #include <vector>
 
 namespace seamrevise
 {
 
-class SqlScreenStore;
-
 /// One kind of coefficients with the engine that revises it: all that differs for this program
 /// between single-layer and layered walls.
 ///
-/// A pixel is an index: row by row in the zone that was read last, in the partition whose files
-/// were read last, or in the screen of the result.
+/// A pixel is an index: row by row in the partition whose files were read last, or in the screen
+/// of the result.
 class CoefKind
 {
 public:
     virtual ~CoefKind();
 
-    /// Lists the store's zones of this kind; what fails is in the store's errorText().
-    virtual bool listZones(SqlScreenStore &store, std::vector<StoredZone> &zones) const = 0;
-
-    /// Reads a zone of the store, in place of the one read before.
-    virtual bool readZone(SqlScreenStore &store, int number) = 0;
-    /// The relative white luminance that the zone's coefficients give a pixel; 1 is gain 1.
-    virtual double zoneLuminance(std::size_t pixel) const = 0;
-    virtual void releaseZone() = 0;
-
-    virtual PartitionMerge &engine() = 0;
-    /// The result of the engine's latest revision. Its arrays may be changed.
+    /// Runs the engine; what came of it is the result, and what was measured on the way.
+    virtual void run(const EngineRequest &request) = 0;
+    /// Of the latest run. Its arrays may be changed.
     ST_ReviseResult &result() { return m_result; }
-    virtual double resultLuminance(std::size_t pixel) const = 0;
+    /// Of the latest run, from its onRevised on.
+    virtual const WallMeasurements &measured() const = 0;
+    virtual const EngineTimes &times() const = 0;
+
+    virtual int layerCount() const = 0; ///< 0: single layer
+    /// The largest value that the result's table holds; files hold larger ones.
+    virtual int cap() const = 0;
 
     /// The coefficient files of a partition.
     struct FileKind
@@ -67,7 +65,13 @@ public:
     virtual QString fillNeutral(const NQRect &partition);
 
 protected:
+    /// New records of a layout's partitions; those before are gone.
+    QMap<QString, AreaInfoBase *> makeAreas(const ScreenLayout &layout);
+
     ST_ReviseResult m_result;
+
+private:
+    std::vector<AreaInfoBase> m_areas; ///< the engine keeps pointers to them
 };
 
 /// Nine values a pixel.
@@ -76,12 +80,5 @@ std::unique_ptr<CoefKind> singleLayerKind();
 /// 3 * layerCount values a pixel. In each group of three, a layer, the values are those of red,
 /// green and blue.
 std::unique_ptr<CoefKind> layeredKind(int layerCount);
-
-/// The index of a pixel in a rectangle's row by row order.
-inline std::size_t pixelIndex(const NQRect &rect, int row, int col)
-{
-    return static_cast<std::size_t>((qint64{row} - rect.top()) * columnsOf(rect) + col
-                                    - rect.left());
-}
 
 } // namespace seamrevise

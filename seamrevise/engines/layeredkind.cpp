@@ -1,10 +1,6 @@
 #include "engines/coefkind.h"
+#include "engines/kindrun.h"
 #include "exchange/npywriter.h"
-#include "numbers/borderstep.h"
-#include "store/sqlscreenstore.h"
-
-#include <seamrevision/multilayercoefzoneinfo.h>
-#include <seamrevision/multilayerpartitionmerge.h>
 
 #include <algorithm>
 
@@ -16,54 +12,25 @@ namespace
 
 using Rows = std::vector<std::vector<int>>;
 
-/// Gain 1, and the largest value in the result's table; files hold larger ones.
-constexpr int neutral = 4096;
-/// The packed form of a neutral layer, 0x3FFFFFFF, as it lies in the file.
-constexpr unsigned char neutralWord[] = {0xFF, 0xFF, 0xFF, 0x3F};
-constexpr std::size_t wordBytes = sizeof(neutralWord);
-
-/// Of each colour the mean of its layers.
-double luminance(const std::vector<int> &row)
-{
-    double sum = 0.0;
-    for (std::size_t i = 0; i < row.size(); ++i)
-        sum += luminanceWeights[i % 3] * row[i];
-    return sum * 3.0 / static_cast<double>(row.size()) / neutral;
-}
-
 class LayeredKind : public CoefKind
 {
 public:
     explicit LayeredKind(int layerCount)
         : m_layerCount(layerCount)
-        , m_neutralRow(static_cast<std::size_t>(layerCount) * 3, neutral)
-        , m_engine({})
+        , m_neutralRow(neutralRow(layerCount))
     {
         m_engine.setLayerSize(layerCount);
     }
 
-    bool listZones(SqlScreenStore &store, std::vector<StoredZone> &zones) const override
+    void run(const EngineRequest &request) override
     {
-        return store.listLayeredZones(m_layerCount, zones);
+        m_run = std::make_unique<KindRun<LayerValues>>(request, LayerValues(m_layerCount));
+        m_result = m_run->run(m_engine, makeAreas(request.layout));
     }
-
-    bool readZone(SqlScreenStore &store, int number) override
-    {
-        return store.readMultiLayerAreaCoefficients(static_cast<unsigned int>(m_layerCount),
-                                                    static_cast<unsigned int>(number), m_zone)
-            == 0;
-    }
-    double zoneLuminance(std::size_t pixel) const override
-    {
-        return luminance(m_zone.m_multiLayerCoefs[pixel]);
-    }
-    void releaseZone() override { m_zone = MultiLayerCoefZoneInfo(); }
-
-    PartitionMerge &engine() override { return m_engine; }
-    double resultLuminance(std::size_t pixel) const override
-    {
-        return luminance(m_result.multiLayerCoefData[pixel]);
-    }
+    const WallMeasurements &measured() const override { return m_run->measured(); }
+    const EngineTimes &times() const override { return m_run->times(); }
+    int layerCount() const override { return m_layerCount; }
+    int cap() const override { return LayerValues::cap; }
 
     std::vector<FileKind> fileKinds() const override
     {
@@ -82,7 +49,9 @@ public:
         const std::vector<int> &expected = m_result.multiLayerCoefData[screenPixel];
         const auto packed = m_filePacked.begin() + packedOffset(filePixel);
         return std::equal(file.begin(), file.end(), expected.begin(), expected.end(),
-                          [](int value, int wanted) { return std::min(value, neutral) == wanted; })
+                          [](int value, int wanted) {
+                              return std::min(value, LayerValues::cap) == wanted;
+                          })
             && std::equal(packed, packed + static_cast<qint64>(packedBytes()),
                           m_result.zipCoefData.begin() + packedOffset(screenPixel));
     }
@@ -121,8 +90,8 @@ private:
 
     const int m_layerCount;
     const std::vector<int> m_neutralRow;
-    MultiLayerPartitionMerge m_engine;
-    MultiLayerCoefZoneInfo m_zone;
+    WatchedLayered m_engine;
+    std::unique_ptr<KindRun<LayerValues>> m_run;
     Rows m_fileRows;
     std::vector<unsigned char> m_filePacked;
 };

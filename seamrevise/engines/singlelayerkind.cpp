@@ -1,9 +1,6 @@
 #include "engines/coefkind.h"
+#include "engines/kindrun.h"
 #include "exchange/npywriter.h"
-#include "numbers/borderstep.h"
-#include "store/sqlscreenstore.h"
-
-#include <seamrevision/coefszoneinfo.h>
 
 #include <algorithm>
 
@@ -16,45 +13,20 @@ namespace
 using Values = std::vector<unsigned short>;
 
 constexpr std::size_t valueCount = 9;
-constexpr double unit = 2048.0;
-/// The largest value in the result's table; files hold larger ones.
-constexpr unsigned short cap = 2457;
 constexpr unsigned short identity[valueCount] = {2048, 0, 0, 0, 2048, 0, 0, 0, 2048};
-
-/// Rows of the matrix are what the primaries get for a white input.
-double luminance(const Values &values, std::size_t pixel)
-{
-    const unsigned short *const matrix = values.data() + pixel * valueCount;
-    double sum = 0.0;
-    for (std::size_t row = 0; row < 3; ++row)
-        sum += luminanceWeights[row]
-            * (matrix[row * 3] + matrix[row * 3 + 1] + matrix[row * 3 + 2]);
-    return sum / unit;
-}
 
 class SingleLayerKind : public CoefKind
 {
 public:
-    bool listZones(SqlScreenStore &store, std::vector<StoredZone> &zones) const override
+    void run(const EngineRequest &request) override
     {
-        return store.listZones(zones);
+        m_run = std::make_unique<KindRun<MatrixValues>>(request, MatrixValues());
+        m_result = m_run->run(m_engine, makeAreas(request.layout));
     }
-
-    bool readZone(SqlScreenStore &store, int number) override
-    {
-        return store.readAreaCoefficients(number, m_zone) == 0;
-    }
-    double zoneLuminance(std::size_t pixel) const override
-    {
-        return luminance(m_zone.m_arrayData, pixel);
-    }
-    void releaseZone() override { m_zone = CoefsZoneInfo(); }
-
-    PartitionMerge &engine() override { return m_engine; }
-    double resultLuminance(std::size_t pixel) const override
-    {
-        return luminance(m_result.coefData, pixel);
-    }
+    const WallMeasurements &measured() const override { return m_run->measured(); }
+    const EngineTimes &times() const override { return m_run->times(); }
+    int layerCount() const override { return 0; }
+    int cap() const override { return MatrixValues::cap; }
 
     std::vector<FileKind> fileKinds() const override { return {{QString(), 2 * valueCount}}; }
 
@@ -65,9 +37,11 @@ public:
     bool isResult(std::size_t filePixel, std::size_t screenPixel) const override
     {
         const unsigned short *const file = m_fileValues.data() + filePixel * valueCount;
-        return std::equal(
-            file, file + valueCount, m_result.coefData.data() + screenPixel * valueCount,
-            [](int value, int expected) { return std::min<int>(value, cap) == expected; });
+        return std::equal(file, file + valueCount,
+                          m_result.coefData.data() + screenPixel * valueCount,
+                          [](int value, int expected) {
+                              return std::min<int>(value, MatrixValues::cap) == expected;
+                          });
     }
     bool isNeutral(std::size_t filePixel) const override
     {
@@ -97,8 +71,8 @@ public:
     }
 
 private:
-    PartitionMerge m_engine;
-    CoefsZoneInfo m_zone;
+    WatchedSingleLayer m_engine;
+    std::unique_ptr<KindRun<MatrixValues>> m_run;
     Values m_fileValues;
 };
 
