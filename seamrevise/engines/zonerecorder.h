@@ -56,6 +56,7 @@ public:
         Before &before = m_before[number];
         PartitionLooks &looks = m_measured.looks[number];
         ChangeAccount &account = m_measured.changes[number];
+        before.values.reserve(pixelsInStrips(number) * m_values.perPixel());
         forEachOwnSegment(number, zone, [&](std::size_t first, std::size_t count, bool outside) {
             look(zone, first, count, looks);
             if (outside) {
@@ -102,6 +103,17 @@ private:
                       zone.getEndPixRow());
     }
 
+    NQRect outsideOf(int number) const
+    {
+        return outsideStrips(m_plan.layout, number, m_plan.corrected, m_plan.band);
+    }
+
+    std::size_t pixelsInStrips(int number) const
+    {
+        return static_cast<std::size_t>(pixelsOf(m_plan.layout.partitions.at(number))
+                                        - pixelsOf(outsideOf(number)));
+    }
+
     /// Calls visit(first pixel of the zone, pixels, whether they lie outside all strips) for the
     /// own pixels of a partition, row by row.
     template <typename Visit>
@@ -109,7 +121,7 @@ private:
     {
         const NQRect rect = rectOf(zone);
         const NQRect &own = m_plan.layout.partitions.at(number);
-        const NQRect outside = outsideStrips(m_plan.layout, number, m_plan.corrected, m_plan.band);
+        const NQRect outside = outsideOf(number);
         for (int row = own.top(); row <= own.bottom(); ++row) {
             const auto segment = [&](int firstCol, int lastCol, bool isOutside) {
                 if (firstCol <= lastCol)

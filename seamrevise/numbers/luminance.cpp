@@ -8,7 +8,6 @@ namespace seamrevise
 namespace
 {
 
-constexpr double matrixUnit = 2048.0;
 constexpr double layerUnit = 4096.0;
 
 } // namespace
@@ -17,18 +16,6 @@ LuminanceWeights scaledToOne(const LuminanceWeights &weights)
 {
     const double sum = weights[0] + weights[1] + weights[2];
     return {weights[0] / sum, weights[1] / sum, weights[2] / sum};
-}
-
-double matrixLuminance(const unsigned short *matrix, const LuminanceWeights &weights, int cap)
-{
-    double sum = 0.0;
-    for (std::size_t row = 0; row < 3; ++row) {
-        int rowSum = 0;
-        for (std::size_t col = 0; col < 3; ++col)
-            rowSum += std::min<int>(matrix[row * 3 + col], cap);
-        sum += weights[row] * rowSum;
-    }
-    return sum / matrixUnit;
 }
 
 double layeredLuminance(const int *values, std::size_t valueCount, const LuminanceWeights &weights,
