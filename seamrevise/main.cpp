@@ -18,6 +18,7 @@ namespace
 void keepStandardStreamsApart()
 {
     while (true) {
+        // NOLINTNEXTLINE(cppcoreguidelines-pro-type-vararg): as it is declared
         const int opened = open("/dev/null", O_RDONLY);
         if (opened == STDIN_FILENO || opened == STDOUT_FILENO || opened == STDERR_FILENO)
             continue;

@@ -11,6 +11,7 @@
 #include <CLI/CLI.hpp> // App.hpp only declares what making an App needs
 
 #include <algorithm>
+#include <atomic>
 #include <exception>
 #include <new>
 
@@ -230,6 +231,39 @@ int dispatch(std::vector<std::string> words, bool errIsTerminal, std::ostream &o
     return command.run({command, {words.begin() + 1, words.end()}, errIsTerminal, out, err});
 }
 
+/// Notes while it lives whether memory ran out: of the engines one only hears that a zone could not
+/// be loaded.
+class MemoryWatch
+{
+public:
+    MemoryWatch()
+        : m_previous(std::set_new_handler(&MemoryWatch::note))
+    {
+        s_ranOut = false;
+    }
+    ~MemoryWatch() { std::set_new_handler(m_previous); }
+    MemoryWatch(const MemoryWatch &) = delete;
+    MemoryWatch &operator=(const MemoryWatch &) = delete;
+
+    bool ranOut() const { return s_ranOut; }
+
+private:
+    [[noreturn]] static void note()
+    {
+        s_ranOut = true;
+        throw std::bad_alloc();
+    }
+
+    inline static std::atomic<bool> s_ranOut{false};
+    const std::new_handler m_previous;
+};
+
+int noMemory(std::ostream &err)
+{
+    err << "seamrevise: there is not enough memory\n";
+    return Exit_Internal;
+}
+
 int runCaught(const std::vector<std::string> &words, bool errIsTerminal, std::ostream &out,
               std::ostream &err)
 {
@@ -239,11 +273,11 @@ int runCaught(const std::vector<std::string> &words, bool errIsTerminal, std::os
         err << "seamrevise: " << error.what() << '\n';
         return Exit_Usage;
     } catch (const std::bad_alloc &) {
-        err << "seamrevise: there is not enough memory\n";
+        return noMemory(err);
     } catch (const std::exception &error) {
         err << "seamrevise: " << error.what() << '\n';
+        return Exit_Internal;
     }
-    return Exit_Internal;
 }
 
 } // namespace
@@ -251,7 +285,10 @@ int runCaught(const std::vector<std::string> &words, bool errIsTerminal, std::os
 int runCommandLine(const std::vector<std::string> &words, bool errIsTerminal, std::ostream &out,
                    std::ostream &err)
 {
+    const MemoryWatch memory;
     const int code = runCaught(words, errIsTerminal, out, err);
+    if (code > Exit_Usage && code != Exit_Internal && memory.ranOut())
+        return noMemory(err);
     if (out.flush() || code > Exit_Different)
         return code;
     err << "seamrevise: the standard output cannot be written; is the disk full?\n";

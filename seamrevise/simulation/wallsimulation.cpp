@@ -255,7 +255,7 @@ StoredZone WallSimulation::seenBy(const StoredZone &zone) const
 
 std::vector<unsigned short> WallSimulation::coefficients(const StoredZone &zone) const
 {
-    constexpr std::size_t pixelValues = colourCount * colourCount;
+    constexpr std::size_t pixelValues = std::size_t{colourCount} * colourCount;
     const Shot shot(m_traits.seed, seenBy(zone));
     std::vector<unsigned short> values;
     values.reserve(static_cast<std::size_t>(pixelsOf(zone.rect)) * pixelValues);
@@ -287,6 +287,7 @@ std::vector<qint32> WallSimulation::layeredCoefficients(const StoredZone &zone,
     const Shot shot(m_traits.seed, seenBy(zone));
     const int valueCount = colourCount * layerCount;
     std::vector<double> targets; // of each value, as the shot sees its layer
+    targets.reserve(static_cast<std::size_t>(valueCount));
     for (int value = 0; value < valueCount; ++value)
         targets.push_back(layerTarget(m_traits, value / colourCount, layerCount)
                           / shot.layer(value));
