@@ -239,22 +239,27 @@ public:
     MemoryWatch()
         : m_previous(std::set_new_handler(&MemoryWatch::note))
     {
-        s_ranOut = false;
+        flag() = false;
     }
     ~MemoryWatch() { std::set_new_handler(m_previous); }
     MemoryWatch(const MemoryWatch &) = delete;
     MemoryWatch &operator=(const MemoryWatch &) = delete;
 
-    bool ranOut() const { return s_ranOut; }
+    bool ranOut() const { return flag(); }
 
 private:
     [[noreturn]] static void note()
     {
-        s_ranOut = true;
+        flag() = true;
         throw std::bad_alloc();
     }
 
-    inline static std::atomic<bool> s_ranOut{false};
+    static std::atomic<bool> &flag()
+    {
+        static std::atomic<bool> instance{false};
+        return instance;
+    }
+
     const std::new_handler m_previous;
 };
 
