@@ -107,6 +107,7 @@ private:
 
     ImportLayout &m_result;
     std::map<int, Entry> m_entries; ///< under the numbers of their partitions
+    int m_mostNumber = anyInt;      ///< of a partition
     bool m_isPlaced = true;         ///< as far as is known, every partition lies in its place
     QStringList m_faults;
 };
@@ -127,6 +128,8 @@ QStringList LayoutReader::read(const QByteArray &text)
 
     readWall(document.object());
     m_isPlaced = m_faults.isEmpty();
+    if (m_isPlaced)
+        m_mostNumber = layout().grid.width() * layout().grid.height();
     const QJsonValue partitions = document.object().value(QLatin1String("partitions"));
     if (!partitions.isArray() && !partitions.isUndefined())
         fault(QStringLiteral("partitions"), QStringLiteral("a list is wanted"));
@@ -171,8 +174,7 @@ void LayoutReader::readEntry(const QJsonValue &value, const QString &path)
     Entry entry{path, {}, object.value(QLatin1String("source"))};
     if (object.contains(QLatin1String("rect")))
         entry.rect = rect(object, path, "rect");
-    const int most = m_isPlaced ? layout().grid.width() * layout().grid.height() : anyInt;
-    const std::optional<int> number = this->number(object, path, "number", 1, most);
+    const std::optional<int> number = this->number(object, path, "number", 1, m_mostNumber);
     if (!number || entry.rect.has_value() != object.contains(QLatin1String("rect")))
         m_isPlaced = false;
     if (number && !m_entries.emplace(*number, entry).second)
