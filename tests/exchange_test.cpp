@@ -196,37 +196,34 @@ TEST(Npy, NineFloatsAPixelAreThreeLayersOnlyIfTheseAreWanted)
     EXPECT_NE(faultsOf(readNpy, file, {1, 1, 2}, result), "");
 }
 
-/// Headers with bytes changed, put in, taken out or cut: whatever they say, no reader crashes, and
-/// what one takes for coefficients is as large as it should be.
+/// Headers with bytes changed, put in or taken out, wrong lengths, files cut: whatever they say, no
+/// reader crashes, and what one takes for coefficients is as large as it should be.
 TEST(Npy, MutatedHeadersAreReadOrRefused)
 {
     constexpr int rounds = 100'000;
-    const QByteArray seeds[]
-        = {dictionary("<u2", "(2, 3, 9)"), dictionary(">f8", "(2, 3, 3, 3)", true),
-           "{'descr': [('r', '<u2'), ('g', '<u2')], 'fortran_order': False, 'shape': (2, 3), }"};
+    const std::pair<QByteArray, int> seeds[] = {
+        {dictionary("<u2", "(2, 3, 9)"), 2 * 3 * 9 * 2},
+        {dictionary(">f8", "(2, 3, 3, 3)", true), 2 * 3 * 9 * 8},
+        {dictionary(">i4", "(2L, 3L, 6L)"), 2 * 3 * 6 * 4},
+        {"{'descr': [('r', '<u2'), ('g', '<u2')], 'fortran_order': False, 'shape': (2, 3), }", 99},
+    };
     const QByteArray letters("{}()[],:'\"\\ L0123456789<>|=uif\n\0\xFF", 35);
     std::mt19937 random(7);
     const auto below = [&random](int count) { return static_cast<int>(random() % count); };
     int readCount = 0;
     for (int round = 0; round < rounds; ++round) {
-        QByteArray file = npyFile(seeds[round % 3], QByteArray(432, '\0'), 1 + round / 3 % 3);
-        for (int change = below(4); change >= 0; --change) {
-            const int place = below(file.size() - 430);
+        auto [text, dataBytes] = seeds[round % 4];
+        for (int change = below(4); change > 0; --change) {
+            const int place = below(text.size());
             const char letter = letters[below(letters.size())];
-            switch (below(5)) {
-            case 0:
-                file.insert(place, letter);
-                break;
-            case 1:
-                file.remove(place, 1 + below(3));
-                break;
-            case 2:
-                file = file.left(std::max(440, file.size() - below(400)));
-                break;
-            default:
-                file[place] = letter;
-            }
+            text.replace(place, below(3), QByteArray(below(2), letter));
         }
+        QByteArray file = npyFile(text, QByteArray(dataBytes, '\0'), 1 + round / 4 % 3,
+                                  below(8) == 0 ? below(99) - 50 : 0);
+        if (below(8) == 0)
+            file[below(12)] = letters[below(letters.size())];
+        if (below(8) == 0)
+            file.truncate(below(file.size()));
         Coefficients result;
         if (!faultsOf(readNpy, file, {2, 3, {}}, result).empty())
             continue;
@@ -234,7 +231,7 @@ TEST(Npy, MutatedHeadersAreReadOrRefused)
         EXPECT_EQ(result.single.size() + result.layered.size(),
                   6U * static_cast<unsigned>(valuesPerPixel(result.layerCount)));
     }
-    EXPECT_GT(readCount, rounds / 100);
+    EXPECT_GT(readCount, rounds / 10);
     EXPECT_LT(readCount, rounds / 2);
 }
 
