@@ -2,7 +2,10 @@
 
 #include "commands/check.h"
 #include "commands/exitcode.h"
+#include "commands/export.h"
 #include "commands/help.h"
+#include "commands/import.h"
+#include "commands/info.h"
 #include "commands/loglines.h"
 #include "commands/optiontable.h"
 #include "commands/revise.h"
@@ -54,6 +57,14 @@ const Command commands[] = {
      "seamrevise revise wall.db -o corrected", runAs<ReviseOptions, declareRevise, revise>},
     {"check", "Says what would go wrong or look wrong if a wall were revised; writes nothing.",
      "seamrevise check wall.db --step-limit 0.5%", runAs<CheckOptions, declareCheck, check>},
+    {"import", "Takes measured coefficients into a screen database.",
+     "seamrevise import wall.json wall.db",
+     runAs<ImportOptions, declareImport, importCoefficients>},
+    {"export", "Writes the coefficients of a screen database to files.",
+     "seamrevise export wall.db -o measured",
+     runAs<ExportOptions, declareExport, exportCoefficients>},
+    {"info", "Shows what a screen database holds, and who wrote it.", "seamrevise info wall.db",
+     runAs<InfoOptions, declareInfo, info>},
 };
 
 /// A wrong command line.

@@ -1,5 +1,7 @@
 #include "commands/optiontable.h"
 
+#include "exchange/coefficients.h"
+
 #include <utility>
 
 namespace seamrevise
@@ -7,8 +9,6 @@ namespace seamrevise
 
 namespace
 {
-
-constexpr int mostLayers = 64;
 
 /// The long one of "-o,--output".
 QString longName(const char *names)

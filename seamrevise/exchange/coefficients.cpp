@@ -3,21 +3,16 @@
 namespace seamrevise
 {
 
-namespace
+QString kindText(int layerCount)
 {
-
-QString layersText(int layerCount)
-{
-    return layerCount == 0 ? QStringLiteral("a single layer")
-                           : QStringLiteral("coefficients of %1 layers").arg(layerCount);
+    return layerCount == 0
+        ? QStringLiteral("single-layer coefficients")
+        : QStringLiteral("coefficients with a layer count of %1").arg(layerCount);
 }
 
-} // namespace
-
-QString otherLayersText(int held, int wanted)
+QString otherKindText(int held, int wanted)
 {
-    return QStringLiteral("it holds %1, but %2 should be there")
-        .arg(layersText(held), layersText(wanted));
+    return QStringLiteral("it holds %1, not %2").arg(kindText(held), kindText(wanted));
 }
 
 } // namespace seamrevise

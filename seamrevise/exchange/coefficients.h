@@ -51,7 +51,10 @@ struct WantedCoefficients
     std::optional<int> layerCount; ///< 0: single layer; none: what the file has
 };
 
-/// "it holds a single layer, wanted are 2 layers".
-QString otherLayersText(int held, int wanted);
+/// "coefficients with a layer count of 2".
+QString kindText(int layerCount);
+
+/// What a file of another kind than wanted holds.
+QString otherKindText(int held, int wanted);
 
 } // namespace seamrevise

@@ -130,7 +130,7 @@ void ArrayReader::checkLayers()
                    .arg(typeText(m_header.type))
                    .arg(mostLayers);
     if (m_faults.isEmpty() && m_wanted.layerCount.value_or(m_layerCount) != m_layerCount)
-        m_faults += otherLayersText(m_layerCount, *m_wanted.layerCount);
+        m_faults += otherKindText(m_layerCount, *m_wanted.layerCount);
 }
 
 void ArrayReader::checkLength()

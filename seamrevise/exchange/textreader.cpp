@@ -133,7 +133,7 @@ bool TextReader::chooseLayers()
     const int layerCount = isSingle ? 0 : static_cast<int>(count / 3);
     m_coefficients.layerCount = layerCount;
     if (m_wanted.layerCount.value_or(layerCount) != layerCount)
-        return fault(otherLayersText(layerCount, *m_wanted.layerCount));
+        return fault(otherKindText(layerCount, *m_wanted.layerCount));
     return m_wanted.rows * m_wanted.columns <= largestZoneBytes / bytesPerPixel(layerCount)
         || fault(QStringLiteral("the zone is larger than one database value holds"));
 }
