@@ -12,7 +12,7 @@ packages=(
 tests=(
     git
     libgtest-dev libbenchmark-dev
-    libssl-dev openssl python3-jsonschema
+    libssl-dev openssl python3-numpy python3-jsonschema
 )
 checks=(
     clang clang-format clang-tidy libclang-rt-dev

@@ -6,6 +6,7 @@
 #include "programsupport.h"
 
 #include <QBuffer>
+#include <QCryptographicHash>
 #include <QtEndian>
 
 #include <gtest/gtest.h>
@@ -375,6 +376,172 @@ TEST(Layout, TheDocumentedOneReadsAsDescribedAndComesBack)
     ImportLayout again;
     EXPECT_EQ(readLayout(layoutText(layout), again).join('\n'), QString());
     EXPECT_EQ(layoutText(again), layoutText(layout));
+}
+
+/// Everything that a database holds but times, stations and revisions: places, and sums of values.
+std::string contentOf(const QString &path)
+{
+    const QString rect = "first_col || ',' || first_row || ',' || last_col || ',' || last_row";
+    std::string content;
+    for (const QString table :
+         {"SELECT '', grid_cols || 'x' || grid_rows || ' ' || band_cols || 'x' || band_rows || ' '"
+          " || %1 FROM screen",
+          "SELECT '', number || ' ' || %1 FROM partitions ORDER BY number",
+          "SELECT hex(data), number || ' ' || %1 FROM coefficients ORDER BY number",
+          "SELECT hex(data), number || '/' || layers || ' ' || %1 FROM layered_coefficients"
+          " ORDER BY number, layers"}) {
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), "content");
+        db.setDatabaseName(path);
+        EXPECT_TRUE(db.open());
+        for (QSqlQuery query(table.arg(rect), db); query.next();) {
+            const QByteArray data = query.value(0).toByteArray();
+            const QByteArray sum = QCryptographicHash::hash(data, QCryptographicHash::Md5);
+            content += query.value(1).toString().toStdString() + ' ' + sum.toHex().data() + '\n';
+        }
+        db = QSqlDatabase();
+        QSqlDatabase::removeDatabase("content");
+    }
+    return content;
+}
+
+TEST_F(Seamrevise, AnExportComesBackAsAnEqualDatabase)
+{
+    makeWall();
+    execute(in("%d/w.db"), "DELETE FROM coefficients WHERE number = 2");
+    execute(in("%d/w.db"),
+            "UPDATE layered_coefficients SET layers = 4, data = CAST(data || data AS BLOB)"
+            " WHERE number = 3");
+    // A zone of its own, a screen that does not begin at 0, a partition that is gone.
+    execute(in("%d/w.db"), "UPDATE screen SET first_col = -5");
+    execute(in("%d/w.db"), "UPDATE partitions SET first_col = -5 WHERE number IN (1, 4)");
+    execute(in("%d/w.db"),
+            "UPDATE coefficients SET first_col = -5, last_col = last_col - 5 WHERE number = 1");
+    execute(in("%d/w.db"),
+            "UPDATE layered_coefficients SET first_col = -5, last_col = last_col - 5 WHERE number"
+            " IN (1, 4)");
+    execute(in("%d/w.db"), "DELETE FROM coefficients WHERE number = 4");
+    const std::string content = contentOf(in("%d/w.db"));
+    for (const QString format : {"npy", "text"}) {
+        const QString dir = "%d/" + format;
+        expect(0, "export %d/w.db -o " + dir + " --format " + format, "9 files in ");
+        expect(0, "import " + dir + "/layout.json " + dir + ".db", "5 corrected, 1 not");
+        EXPECT_EQ(contentOf(in(dir + ".db")), content);
+    }
+    EXPECT_EQ(files("%d/text").join(' '),
+              "1.txt 1_layers2.txt 2_layers2.txt 3.txt 3_layers4.txt"
+              " 4_layers2.txt 6.txt 6_layers2.txt layout.json");
+    expect(4, "export %d/w.db -o %d/npy", "is not empty; --force");
+    expect(0, "export %d/w.db -o %d/npy --force --format text -q");
+    expect(4, "export %d/w.db -o %d/w.db", "w.db");
+    expect(2, "export %d/w.db -o %d/x --format csv", "takes npy or text");
+    expect(2, "export %d/w.db -o %d/x --json %d/w.db", "which is read");
+
+    // A whole import leaves nothing of what was there, in whatever layout.
+    makeWall("%d/v.db");
+    expect(0, "import %d/npy/layout.json %d/v.db --force");
+    EXPECT_EQ(contentOf(in("%d/v.db")), content);
+}
+
+TEST_F(Seamrevise, AllMistakesOfAnImportAreToldAndNothingIsImported)
+{
+    makeWall();
+    expect(0, "export %d/w.db -o %d/out");
+    const std::string content = contentOf(in("%d/w.db"));
+    writeFile(in("%d/out/bad.txt"), "\r\n1,2\r\n3,\r\n");
+    writeFile(in("%d/out/bad.npz"), "PK\3\4");
+    writeFile(in("%d/out/layout.json"), R"({
+        "screen": [0, 0, 100, 61], "grid": [3, 2], "band": [6, 5], "bond": 1, "partitions": [
+            {"number": 1, "source": "1.npy"}, {"number": 2, "source": "none.npy"},
+            {"number": 3, "source": ["3.npy", "3.npy", "1.npy"]}, {"number": 4, "source": "."},
+            {"number": 5, "source": "bad.txt"}, {"number": 6, "source": "bad.npz"}]})");
+    const char *const lines[] = {
+        ": bond: there is no such member",
+        ": partitions[1].source: none.npy: No such file",
+        ": partitions[2].source[1]: 3.npy: partition 3 has single-layer coefficients already",
+        ": partitions[2].source[2]: 1.npy: its shape is (36, 39, 9), the zone needs (36, 40, ",
+        ": partitions[3].source: .: it is a directory",
+        ": partitions[4].source: bad.txt: line 2: value 2 is no whole number",
+        ": partitions[5].source: bad.npz: it is an archive",
+    };
+    for (const char *const db : {"%d/w.db", "%d/new.db"}) {
+        for (const char *const line : lines)
+            expect(3, QStringLiteral("import %d/out/layout.json %1").arg(db), line);
+    }
+    expect(3, "import %d/none.json %d/new.db", "none.json: No such file");
+    expect(3, "import %d %d/new.db", "it is a directory");
+    EXPECT_EQ(contentOf(in("%d/w.db")), content);
+    EXPECT_EQ(files("%d"), QStringList("w.db"));
+}
+
+TEST_F(Seamrevise, OnePartitionIsReplacedOrRemoved)
+{
+    makeWall();
+    expect(0, "export %d/w.db -o %d/out");
+    const char *const state = "SELECT group_concat(number || '/' || layers || ':' || revision || "
+                              "station) FROM revisions";
+    const QString layered
+        = "SELECT group_concat(number || '/' || layers) FROM layered_coefficients";
+    const struct
+    {
+        int code;
+        const char *words, *says;
+    } cases[] = {
+        {0, "--partition 3 --from %d/out/3.npy %d/w.db --station a", "3 has new single-layer"},
+        {0, "--partition 3 --from %d/out/3.npy %d/w.db --station a", "3 has new single-layer"},
+        {3, "--partition 3 --from %d/out/3.npy %d/w.db --station b", "station a wrote it at 20"},
+        {3, "--remove 3 %d/w.db --station b", "station a wrote it at 20"},
+        {0, "--partition 3 --from %d/out/3.npy %d/w.db --station b --force", "new single-layer"},
+        {0, "--remove 3 %d/w.db --layers 2 --station c", "3 has lost its coefficients with a lay"},
+        {0, "--remove 3 %d/w.db --layers 2 --station c", "3 has no such coefficients"},
+        {0, "--partition 5 --from %d/out/2_layers2.npy --rect 27,26,72,61 %d/w.db --station d",
+         "5 has new coefficients with a layer count of 2"},
+        {3, "--partition 5 --from %d/out/2.npy --rect 28,31,73,61 %d/w.db",
+         "needs (31, 46, values"},
+        {2, "--partition 5 --from %d/out/2.npy --rect 35,31,73,61 %d/w.db", "does not hold par"},
+        {2, "--partition 5 --from %d/out/2.npy --rect 28,31,73,62 %d/w.db", "beyond the screen"},
+        {2, "--partition 5 --from %d/out/2.npy --rect 28,31,20,62 %d/w.db", "--rect takes four"},
+        {2, "--partition 7 --from %d/out/1.npy %d/w.db", "has no partition 7, only 1 to 6"},
+        {3, "--partition 1 --from %d/out/2.npy %d/w.db", "out/2.npy: its shape is (36, 46, 9)"},
+        {3, "--partition 1 --from %d/out/1.npy %d/w.db --layers 2", "it holds single-layer"},
+        {3, "--partition 1 --from %d/out/1.npy %d/none.db", "none.db"},
+        {2, "--partition 1 %d/w.db", "--partition and --from need each other"},
+        {2, "--from %d/out/1.npy %d/l.json %d/w.db", "--partition and --from need each other"},
+        {2, "--partition 1 --remove 1 %d/w.db", "exclude each other"},
+        {2, "--partition 1 --from %d/out/1.npy %d/l.json %d/w.db", "unexpected argument"},
+        {2, "--rect 0,0,1,1 %d/l.json %d/w.db", "--rect needs --partition"},
+        {2, "--layers 2 %d/l.json %d/w.db", "--layers needs"},
+        {2, "%d/l.json", "name a database"},
+        {2, "--partition 1 --from %d/out/1.npy %d/w.db --json %d/out/1.npy", "which is read"},
+    };
+    for (const auto &row : cases)
+        expect(row.code, QStringLiteral("import ") + row.words, row.says);
+    EXPECT_EQ(execute(in("%d/w.db"), state).toString(), "3/0:3b,3/2:1c,5/2:1d");
+    EXPECT_EQ(execute(in("%d/w.db"), layered).toString(), "1/2,2/2,4/2,5/2,6/2");
+}
+
+TEST_F(Seamrevise, InfoTellsWhatIsStoredAndByWhom)
+{
+    writeFile(in("%d/w.txt"), "\r\n1024,0,0,0,2048,0,0,0,4096,\r\n2048,0,0,0,2048,0,0,0,4096,\r\n");
+    writeFile(in("%d/l.txt"), "\r\n4096,0,-4096,8192,0,0,\r\n4096,0,0,0,0,0,\r\n");
+    writeFile(in("%d/w.json"), R"({"screen": [3, 0, 6, 0], "grid": [2, 1], "band": [0, 1],
+        "partitions": [{"number": 2, "source": ["w.txt", "l.txt"]}]})");
+    expect(0, "import %d/w.json %d/w.db --station north");
+    const std::string text = expect(0, "info %d/w.db", "4x1 pixels, columns 3 to 6, rows 0 to 0");
+    for (const char *const line : {
+             "partition 1: columns 3 to 4, rows 0 to 0, uncorrected",
+             "red 0.7500 (0.5000 to 1.0000), green 1.0000 (1.0000 to 1.0000), blue 2.0000 (2.0",
+             "red 1.0000 (0.0000 to 2.0000), green 0.0000 (0.0000 to 0.0000), blue -0.2500 (-1.0",
+             " by north",
+         })
+        EXPECT_NE(text.find(line), std::string::npos) << text;
+    expect(0, "info %d/w.db --json %d/info.json -q");
+    const QByteArray json = contents("%d/info.json");
+    for (const char *const member :
+         {R"("uncorrected": [1])", R"("red": {"mean": 0.75, "least": 0.5, "most": 1})",
+          R"({"partition": 2, "layers": 2, "revision": 1, "written": "20)",
+          R"(, "station": "north"})"})
+        EXPECT_NE(json.indexOf(member), -1) << json.toStdString();
+    expect(3, "info %d/none.db", "none.db");
 }
 
 } // namespace

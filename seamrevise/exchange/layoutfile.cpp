@@ -87,6 +87,7 @@ private:
     };
 
     void readWall(const QJsonObject &wall);
+    void checkSizes();
     void readEntry(const QJsonValue &value, const QString &path);
     bool placePartitions();
     void placeGivenPartitions();
@@ -127,9 +128,6 @@ QStringList LayoutReader::read(const QByteArray &text)
         return {QStringLiteral("it is a list; a layout is an object")};
 
     readWall(document.object());
-    m_isPlaced = m_faults.isEmpty();
-    if (m_isPlaced)
-        m_mostNumber = layout().grid.width() * layout().grid.height();
     const QJsonValue partitions = document.object().value(QLatin1String("partitions"));
     if (!partitions.isArray() && !partitions.isUndefined())
         fault(QStringLiteral("partitions"), QStringLiteral("a list is wanted"));
@@ -150,17 +148,30 @@ void LayoutReader::readWall(const QJsonObject &wall)
     if (!schema.isUndefined() && schema != QJsonValue(QLatin1String(schemaName)))
         fault(QStringLiteral("schema"),
               QStringLiteral("\"%1\" is wanted, if anything").arg(QLatin1String(schemaName)));
-    if (const auto screen = rect(wall, QString(), "screen"))
-        layout().screen = *screen;
-    if (const auto grid = numbers(wall, QString(), "grid", 2, 1))
-        layout().grid = baseCommon::NQSize(grid->at(0), grid->at(1));
-    if (const auto band = numbers(wall, QString(), "band", 2, 0))
-        layout().band = baseCommon::NQSize(band->at(0), band->at(1));
-    if (pixelsOf(layout().screen) > anyInt)
+    const auto screen = rect(wall, QString(), "screen");
+    const auto grid = numbers(wall, QString(), "grid", 2, 1);
+    const auto band = numbers(wall, QString(), "band", 2, 0);
+    m_isPlaced = screen && grid && band;
+    if (!m_isPlaced)
+        return;
+    layout().screen = *screen;
+    layout().grid = baseCommon::NQSize(grid->at(0), grid->at(1));
+    layout().band = baseCommon::NQSize(band->at(0), band->at(1));
+    checkSizes();
+}
+
+void LayoutReader::checkSizes()
+{
+    const qint64 count = qint64{layout().grid.width()} * layout().grid.height();
+    const bool hasTooManyPixels = pixelsOf(layout().screen) > anyInt;
+    if (hasTooManyPixels)
         fault(QStringLiteral("screen"), QStringLiteral("it has too many pixels"));
-    if (qint64{layout().grid.width()} * layout().grid.height() > mostPartitions)
+    if (count > mostPartitions)
         fault(QStringLiteral("grid"),
               QStringLiteral("it has more than %1 partitions").arg(mostPartitions));
+    m_isPlaced = !hasTooManyPixels && count <= mostPartitions;
+    if (m_isPlaced)
+        m_mostNumber = static_cast<int>(count);
 }
 
 void LayoutReader::readEntry(const QJsonValue &value, const QString &path)
