@@ -6,6 +6,7 @@
 #include "commands/jsondocument.h"
 #include "commands/optiontable.h"
 #include "exchange/coefficients.h"
+#include "store/databaseaddress.h"
 #include "store/sqlscreenstore.h"
 
 #include <limits>
@@ -29,6 +30,10 @@ void checkTogether(ImportOptions &options)
         std::swap(options.layout, options.database);
     if (options.database.isEmpty())
         refuse(QStringLiteral("name a database"));
+    QString fault;
+    parseAddress(options.database, fault);
+    if (!fault.isEmpty())
+        refuse(fault);
     if (options.number != 0 && options.removed != 0)
         refuse(QStringLiteral("--partition and --remove exclude each other"));
     if ((options.number != 0) != !options.file.isEmpty())
