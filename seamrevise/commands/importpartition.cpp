@@ -1,5 +1,6 @@
 #include "commands/importpartition.h"
 
+#include "commands/disagreements.h"
 #include "commands/exitcode.h"
 #include "commands/jsondocument.h"
 #include "commands/outputfiles.h"
@@ -32,6 +33,7 @@ public:
 
 private:
     int open(int number);
+    bool measure(const ZoneCoefficients &after);
     int finish(const QString &text);
     int fail(ExitCode code, const QString &message);
 
@@ -39,6 +41,7 @@ private:
     std::ostream &m_out;
     std::ostream &m_err;
     SqlScreenStore m_store;
+    std::vector<ChangedSeam> m_seams; ///< of the imported partition
 };
 
 int PartitionImport::open(int number)
@@ -65,19 +68,37 @@ int PartitionImport::import()
     if (!wrong.isEmpty())
         return fail(Exit_Usage, QStringLiteral("--rect: ") + wrong);
 
-    Coefficients coefficients;
-    const QStringList faults
-        = readSource(m_options.file,
-                     {rowsOf(zone.rect), columnsOf(zone.rect), m_options.layerCount}, coefficients);
+    ZoneCoefficients after{zone.rect, {}};
+    const QStringList faults = readSource(
+        m_options.file, {rowsOf(zone.rect), columnsOf(zone.rect), m_options.layerCount},
+        after.coefficients);
     for (const QString &text : faults)
         fail(Exit_Input, m_options.file + QStringLiteral(": ") + text);
     if (!faults.isEmpty())
         return Exit_Input;
-    if (!putCoefficients(m_store, zone, coefficients))
+    if (!measure(after) || !putCoefficients(m_store, zone, after.coefficients))
         return fail(Exit_Input, m_store.errorText());
     return finish(QStringLiteral("partition %1 has new %2")
                       .arg(number)
-                      .arg(kindText(coefficients.layerCount)));
+                      .arg(kindText(after.coefficients.layerCount)));
+}
+
+/// Holds the new coefficients, and those that they replace, against the neighbours' ones.
+bool PartitionImport::measure(const ZoneCoefficients &after)
+{
+    std::vector<StoredKind> stored;
+    if (!listStored(m_store, stored))
+        return false;
+    ZoneCoefficients before;
+    for (const StoredKind &kind : stored) {
+        if (kind.zone.number != m_options.number
+            || kind.layerCount != after.coefficients.layerCount)
+            continue;
+        before.zone = kind.zone.rect;
+        if (!getCoefficients(m_store, kind, before.coefficients))
+            return false;
+    }
+    return findChangedSeams(m_store, m_options.number, stored, before, after, m_seams);
 }
 
 int PartitionImport::remove()
@@ -110,13 +131,18 @@ int PartitionImport::finish(const QString &text)
     std::vector<StoredKind> kinds;
     if (!listStored(m_store, kinds) || !m_store.commit())
         return fail(Exit_Input, m_store.errorText());
+    const bool isImport = m_options.number != 0;
     if (m_options.common.showsText())
         m_out << text.toStdString() << '\n';
+    if (m_options.common.showsText() && isImport)
+        printSeams(m_seams, m_out);
     std::set<int> corrected;
     for (const StoredKind &kind : kinds)
         corrected.insert(kind.zone.number);
     JsonWriter json;
     beginDocument(m_store.layout(), corrected, json);
+    if (isImport)
+        addSeams(m_seams, json);
     json.endObject();
     const QString wrong = writeDocument(m_options.common, json, m_out);
     return wrong.isEmpty() ? int{Exit_Done} : fail(Exit_Output, wrong);
