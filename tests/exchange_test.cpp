@@ -320,13 +320,8 @@ TEST(Layout, FaultsAreToldWithTheirPlaces)
           "partitions[2].number: a whole number from 1 to 2 is wanted",
           "partitions[3].sorce: there is no such member; there are number, rect, source",
           "partitions[4]: partition 1 is there already"}},
-        {partitions(R"([{"number": 1, "rect": [0, 0, 4, 5]}])"),
-         {"partitions: partition 2 is missing from the grid"}},
-        {partitions(R"([{"number": 1, "rect": [0, 0, 4, 5]}, {"number": 2}])"),
-         {"partitions[1].rect: it is missing, while", "partitions: partition 2 is missing"}},
-        {partitions(
-             R"([{"number": 1, "rect": [1, 0, 4, 5]}, {"number": 2, "rect": [5, 0, 8, 5]}])"),
-         {"partitions: partition 1 does not start", "partitions: partition 2 does not end"}},
+        {partitions(R"([{"number": 1, "rect": [0, 0, 4]}, {"number": 2}])"),
+         {"partitions[0].rect: a list of 4", "partitions[1].rect: it is missing, while other"}},
         {partitions(R"([{"number": 2, "source": [7, "", [], {"zone": [0, 0, 1, 1], "layers": 65},
                      {"file": "a", "zone": [6, 0, 9, 5]}, {"file": "a", "zone": [5, 0, 10, 5]}]}])"),
          {"partitions[0].source[0]: a file name, an object", "partitions[0].source[1]: it names no",
@@ -467,6 +462,16 @@ TEST_F(Seamrevise, AllMistakesOfAnImportAreToldAndNothingIsImported)
         for (const char *const line : lines)
             expect(3, QStringLiteral("import %d/out/layout.json %1").arg(db), line);
     }
+    writeFile(in("%d/out/gap.json"), R"({"screen": [0, 0, 9, 5], "grid": [2, 1], "band": [1, 1],
+        "partitions": [{"number": 1, "rect": [0, 0, 4, 5], "source": "1.npy"},
+                       {"number": 2, "rect": [6, 0, 8, 5]}]})");
+    for (const char *const line : {
+             "gap.json: partitions: partition 2: it leaves a gap to partition 1: its first column",
+             "gap.json: partitions: partition 2: it does not end with the edge of the screen",
+             "gap.json: partitions[0].source: 1.npy: its shape is (36, 39, 9), the zone needs (6, "
+             "6",
+         })
+        expect(3, "import %d/out/gap.json %d/new.db", line);
     expect(3, "import %d/none.json %d/new.db", "none.json: No such file");
     expect(3, "import %d %d/new.db", "it is a directory");
     EXPECT_EQ(contentOf(in("%d/w.db")), content);

@@ -7,6 +7,7 @@
 #include "commands/storedcoefficients.h"
 #include "exchange/layoutfile.h"
 #include "exchange/sourcefile.h"
+#include "numbers/inputfindings.h"
 #include "store/sqlscreenstore.h"
 
 #include <set>
@@ -48,9 +49,11 @@ int PartitionImport::open(int number)
 {
     if (!m_store.openForWriting(m_options.database, {m_options.station, m_options.overwrite}))
         return fail(Exit_Input, m_store.errorText());
-    const QString wrong = layoutFault(m_store.layout());
-    if (!wrong.isEmpty())
-        return fail(Exit_Input, m_options.database + QStringLiteral(": ") + wrong);
+    const Findings findings = layoutFindings(m_store.layout());
+    for (const Finding &finding : findings)
+        fail(Exit_Input, m_options.database + QStringLiteral(": ") + findingText(finding));
+    if (!findings.empty())
+        return Exit_Input;
     const auto count = static_cast<int>(m_store.layout().partitions.size());
     return number <= count
         ? int{Exit_Done}

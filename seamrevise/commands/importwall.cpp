@@ -7,6 +7,7 @@
 #include "commands/storedcoefficients.h"
 #include "exchange/layoutfile.h"
 #include "exchange/sourcefile.h"
+#include "numbers/inputfindings.h"
 #include "store/sqlscreenstore.h"
 
 #include <QDir>
@@ -83,6 +84,11 @@ bool WallImport::readLayoutFile()
         m_faults += file.errorString();
     else
         m_faults += readLayout(file.readAll(), m_layout);
+    // Of a layout that could not be read there is nothing to say.
+    if (!m_layout.layout.partitions.empty()) {
+        for (const Finding &finding : layoutFindings(m_layout.layout))
+            m_faults += QStringLiteral("partitions: ") + findingText(finding);
+    }
     return m_faults.isEmpty();
 }
 

@@ -19,7 +19,6 @@ namespace
 
 const char *const schemaName = "seamrevise-layout/1";
 constexpr int mostPartitions = 1'000'000;
-constexpr int mostFaults = 100;
 constexpr int anyInt = std::numeric_limits<int>::max();
 
 QString memberPath(const QString &path, const char *name)
@@ -82,15 +81,15 @@ private:
     struct Entry
     {
         QString path;
-        std::optional<NQRect> rect;
+        bool hasRect;
+        std::optional<NQRect> rect; ///< none also if it is wrong
         QJsonValue source;
     };
 
     void readWall(const QJsonObject &wall);
     void checkSizes();
     void readEntry(const QJsonValue &value, const QString &path);
-    bool placePartitions();
-    void placeGivenPartitions();
+    void placePartitions();
     void placeRegularPartitions();
     void readSources(int number, const QJsonValue &value, const QString &path);
     void readSourceObject(int number, const QJsonObject &object, const QString &path);
@@ -109,7 +108,7 @@ private:
     ImportLayout &m_result;
     std::map<int, Entry> m_entries; ///< under the numbers of their partitions
     int m_mostNumber = anyInt;      ///< of a partition
-    bool m_isPlaced = true;         ///< as far as is known, every partition lies in its place
+    bool m_isWallKnown = false;     ///< screen, grid and band
     QStringList m_faults;
 };
 
@@ -133,7 +132,8 @@ QStringList LayoutReader::read(const QByteArray &text)
         fault(QStringLiteral("partitions"), QStringLiteral("a list is wanted"));
     for (int i = 0; i < partitions.toArray().size(); ++i)
         readEntry(partitions.toArray().at(i), elementPath(QStringLiteral("partitions"), i));
-    m_isPlaced = m_isPlaced && placePartitions();
+    if (m_isWallKnown)
+        placePartitions();
     for (const auto &[number, entry] : m_entries) {
         if (!entry.source.isUndefined())
             readSources(number, entry.source, memberPath(entry.path, "source"));
@@ -151,8 +151,7 @@ void LayoutReader::readWall(const QJsonObject &wall)
     const auto screen = rect(wall, QString(), "screen");
     const auto grid = numbers(wall, QString(), "grid", 2, 1);
     const auto band = numbers(wall, QString(), "band", 2, 0);
-    m_isPlaced = screen && grid && band;
-    if (!m_isPlaced)
+    if (!screen || !grid || !band)
         return;
     layout().screen = *screen;
     layout().grid = baseCommon::NQSize(grid->at(0), grid->at(1));
@@ -169,8 +168,8 @@ void LayoutReader::checkSizes()
     if (count > mostPartitions)
         fault(QStringLiteral("grid"),
               QStringLiteral("it has more than %1 partitions").arg(mostPartitions));
-    m_isPlaced = !hasTooManyPixels && count <= mostPartitions;
-    if (m_isPlaced)
+    m_isWallKnown = !hasTooManyPixels && count <= mostPartitions;
+    if (m_isWallKnown)
         m_mostNumber = static_cast<int>(count);
 }
 
@@ -182,36 +181,31 @@ void LayoutReader::readEntry(const QJsonValue &value, const QString &path)
     }
     const QJsonObject object = value.toObject();
     checkMembers(object, path, {"number", "rect", "source"});
-    Entry entry{path, {}, object.value(QLatin1String("source"))};
-    if (object.contains(QLatin1String("rect")))
+    Entry entry{
+        path, object.contains(QLatin1String("rect")), {}, object.value(QLatin1String("source"))};
+    if (entry.hasRect)
         entry.rect = rect(object, path, "rect");
     const std::optional<int> number = this->number(object, path, "number", 1, m_mostNumber);
-    if (!number || entry.rect.has_value() != object.contains(QLatin1String("rect")))
-        m_isPlaced = false;
     if (number && !m_entries.emplace(*number, entry).second)
         fault(path, QStringLiteral("partition %1 is there already").arg(*number));
 }
 
-bool LayoutReader::placePartitions()
+/// Either all partitions have a rectangle, or none; whether they fit together is not judged here.
+void LayoutReader::placePartitions()
 {
-    const int faultsBefore = m_faults.size();
     const bool isGiven = std::any_of(m_entries.begin(), m_entries.end(),
-                                     [](const auto &entry) { return entry.second.rect; });
-    isGiven ? placeGivenPartitions() : placeRegularPartitions();
-    return m_faults.size() == faultsBefore;
-}
-
-void LayoutReader::placeGivenPartitions()
-{
+                                     [](const auto &entry) { return entry.second.hasRect; });
+    if (!isGiven) {
+        placeRegularPartitions();
+        return;
+    }
     for (const auto &[number, entry] : m_entries) {
         if (entry.rect)
             layout().partitions[number] = *entry.rect;
-        else
+        else if (!entry.hasRect)
             fault(memberPath(entry.path, "rect"),
                   QStringLiteral("it is missing, while other partitions have one"));
     }
-    for (const QString &text : layoutFaults(layout(), mostFaults))
-        fault(QStringLiteral("partitions"), text);
 }
 
 void LayoutReader::placeRegularPartitions()
@@ -268,7 +262,7 @@ void LayoutReader::addSource(int number, const LayoutSource &source)
 {
     if (source.file.isEmpty())
         fault(source.place, QStringLiteral("it names no file"));
-    if (source.file.isEmpty() || !m_isPlaced)
+    if (source.file.isEmpty() || layout().partitions.count(number) == 0)
         return;
     LayoutSource placed = source;
     if (pixelsOf(placed.zone) == 0)

@@ -34,7 +34,8 @@ struct ImportLayout
 QString zoneFault(const ScreenLayout &layout, int number, const NQRect &zone);
 
 /// Reads the text of a layout file. Returns what is wrong, all of it, each with its line or its
-/// place in the document; sources are then those that are right in themselves.
+/// place in the document; the layout then holds what is right in itself. Whether the partitions fit
+/// together is not judged.
 QStringList readLayout(const QByteArray &text, ImportLayout &layout);
 
 /// The text of a layout file.

@@ -25,12 +25,18 @@ public:
     {
     }
 
-    Findings run()
+    Findings runLayout()
     {
         checkScreen();
         checkNumbers();
         for (const auto &[number, rect] : m_layout.partitions)
             checkPlace(number, rect);
+        return m_findings;
+    }
+
+    Findings run()
+    {
+        runLayout();
         checkLayers();
         for (const auto &row : m_inventory.coefficients) {
             if (row.layerCount == m_layerCount)
@@ -309,6 +315,13 @@ QString InputCheck::bandAdvice() const
 }
 
 } // namespace
+
+Findings layoutFindings(const ScreenLayout &layout)
+{
+    StoredInventory nothing;
+    nothing.screenRows = 1;
+    return InputCheck(nothing, layout, 0, layout.band).runLayout();
+}
 
 Findings inputFindings(const StoredInventory &inventory, const ScreenLayout &layout, int layerCount,
                        const baseCommon::NQSize &band)

@@ -6,6 +6,9 @@
 namespace seamrevise
 {
 
+/// What keeps a layout, stored or not, from being a complete grid.
+Findings layoutFindings(const ScreenLayout &layout);
+
 /// What keeps a wall from being revised: everything that is wrong with its layout and with the
 /// stored zones of one layer count (0: single layer), seen from what is stored and without reading
 /// the coefficients themselves.

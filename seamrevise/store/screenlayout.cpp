@@ -54,23 +54,6 @@ QString placeFault(const ScreenLayout &layout, int row, int col)
     return {};
 }
 
-/// Numbers of the grid without a partition, else partitions that are not in the grid.
-QStringList numberFaults(const ScreenLayout &layout, int count, int most)
-{
-    QStringList faults;
-    for (int number = 1; number <= count && faults.size() < most; ++number) {
-        if (layout.partitions.count(number) == 0)
-            faults += partitionText(number) + QStringLiteral(" is missing from the grid");
-    }
-    if (!faults.isEmpty())
-        return faults;
-    for (const auto &entry : layout.partitions) {
-        if ((entry.first < 1 || entry.first > count) && faults.size() < most)
-            faults += partitionText(entry.first) + QStringLiteral(" is not in the grid");
-    }
-    return faults;
-}
-
 } // namespace
 
 qint64 columnsOf(const NQRect &rect)
@@ -131,29 +114,35 @@ ScreenLayout regularLayout(const baseCommon::NQSize &size, const baseCommon::NQS
 
 QString layoutFault(const ScreenLayout &layout)
 {
-    return layoutFaults(layout, 1).value(0);
-}
-
-QStringList layoutFaults(const ScreenLayout &layout, int most)
-{
-    constexpr qint64 mostPixels = std::numeric_limits<int>::max();
+    constexpr qint64 most = std::numeric_limits<int>::max();
     const qint64 count = qint64{layout.grid.width()} * layout.grid.height();
-    if (layout.grid.width() < 1 || layout.grid.height() < 1 || count > mostPixels)
-        return {QStringLiteral("the partition grid has no partition, or too many")};
-    if (pixelsOf(layout.screen) == 0 || pixelsOf(layout.screen) > mostPixels)
-        return {QStringLiteral("the screen has no pixel, or too many")};
+    if (layout.grid.width() < 1 || layout.grid.height() < 1 || count > most)
+        return QStringLiteral("the partition grid has no partition, or too many");
+    if (pixelsOf(layout.screen) == 0 || pixelsOf(layout.screen) > most)
+        return QStringLiteral("the screen has no pixel, or too many");
     if (layout.band.width() < 0 || layout.band.height() < 0)
-        return {QStringLiteral("the band is negative")};
+        return QStringLiteral("the band is negative");
 
-    QStringList faults = numberFaults(layout, static_cast<int>(count), most);
-    const bool isComplete = faults.isEmpty();
-    for (int index = 0; isComplete && index < count && faults.size() < most; ++index) {
-        const QString fault
-            = placeFault(layout, index / layout.grid.width(), index % layout.grid.width());
-        if (!fault.isEmpty())
-            faults += fault;
+    int expected = 1;
+    for (const auto &entry : layout.partitions) {
+        if (entry.first != expected)
+            break;
+        ++expected;
     }
-    return faults;
+    if (expected <= count)
+        return partitionText(expected) + QStringLiteral(" is missing from the grid");
+    if (static_cast<qint64>(layout.partitions.size()) > count)
+        return partitionText(layout.partitions.rbegin()->first)
+            + QStringLiteral(" is not in the grid");
+
+    for (int row = 0; row < layout.grid.height(); ++row) {
+        for (int col = 0; col < layout.grid.width(); ++col) {
+            QString fault = placeFault(layout, row, col);
+            if (!fault.isEmpty())
+                return fault;
+        }
+    }
+    return {};
 }
 
 StoredZone zoneOf(const ScreenLayout &layout, int number)

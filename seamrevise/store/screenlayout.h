@@ -5,7 +5,6 @@
 #include <seamrevision/revisetypes.h>
 
 #include <QString>
-#include <QStringList>
 
 #include <cstddef>
 #include <map>
@@ -54,8 +53,6 @@ ScreenLayout regularLayout(const baseCommon::NQSize &size, const baseCommon::NQS
 /// What keeps a layout from being a complete grid, empty if nothing: every number is there, the
 /// partitions cover the screen without gap or overlap, and neighbours meet along whole edges.
 QString layoutFault(const ScreenLayout &layout);
-/// The same in full, but no more than `most`.
-QStringList layoutFaults(const ScreenLayout &layout, int most);
 
 /// Where coefficients of a partition lie: its zone reaches beyond the partition itself.
 struct StoredZone
