@@ -524,6 +524,31 @@ TEST_F(Seamrevise, OnePartitionIsReplacedOrRemoved)
     EXPECT_EQ(execute(in("%d/w.db"), layered).toString(), "1/2,2/2,4/2,5/2,6/2");
 }
 
+TEST_F(Seamrevise, NewCoefficientsAreHeldAgainstTheNeighboursOnes)
+{
+    // Flat zones: the disagreement is what the values say.
+    const auto write = [this](const char *path, int value) {
+        const QByteArray pixel = (QByteArray::number(value) + ',').repeated(9) + "\r\n";
+        writeFile(in(path), "\r\n" + pixel.repeated(8 * 6));
+    };
+    write("%d/a.txt", 2000);
+    write("%d/b.txt", 2200);
+    write("%d/c.txt", 2100);
+    writeFile(in("%d/w.json"), R"({"screen": [0, 0, 7, 7], "grid": [2, 1], "band": [2, 2],
+        "partitions": [{"number": 1, "source": "a.txt"}, {"number": 2, "source": "b.txt"}]})");
+    expect(0, "import %d/w.json %d/w.db -q");
+    const std::pair<const char *, const char *> cases[] = {
+        {"--partition 2 --from %d/c.txt %d/w.db", "seam 1 - 2            10.00 %     5.00 %"},
+        {"--partition 1 --from %d/b.txt %d/w.db", "seam 1 - 2             5.00 %    -4.55 %"},
+        {"--remove 1 %d/w.db", "partition 1 has lost its single-layer coefficients"},
+        {"--partition 1 --from %d/a.txt %d/w.db", "seam 1 - 2                -       5.00 %"},
+        {"--remove 2 %d/w.db --layers 0", "partition 2 has lost"},
+        {"--partition 1 --from %d/a.txt %d/w.db", "no neighbour has coefficients of this kind"},
+    };
+    for (const auto &[words, says] : cases)
+        expect(0, QStringLiteral("import ") + words, says);
+}
+
 TEST_F(Seamrevise, InfoTellsWhatIsStoredAndByWhom)
 {
     writeFile(in("%d/w.txt"), "\r\n1024,0,0,0,2048,0,0,0,4096,\r\n2048,0,0,0,2048,0,0,0,4096,\r\n");
