@@ -209,7 +209,8 @@ TEST(Npy, MutatedHeadersAreReadOrRefused)
         {dictionary(">i4", "(2L, 3L, 6L)"), 2 * 3 * 6 * 4},
         {"{'descr': [('r', '<u2'), ('g', '<u2')], 'fortran_order': False, 'shape': (2, 3), }", 99},
     };
-    const QByteArray letters("{}()[],:'\"\\ L0123456789<>|=uif\n\0\xFF", 35);
+    constexpr char bytes[] = "{}()[],:'\"\\ L0123456789<>|=uif\n\0\xFF";
+    const QByteArray letters(bytes, sizeof(bytes) - 1);
     std::mt19937 random(7);
     const auto below = [&random](int count) { return static_cast<int>(random() % count); };
     int readCount = 0;

@@ -300,13 +300,13 @@ std::optional<std::vector<int>> LayoutReader::numbers(const QJsonObject &object,
                                                       const QString &path, const char *name,
                                                       int count, int least)
 {
+    const QJsonArray list = object.value(QLatin1String(name)).toArray();
     std::vector<int> values;
-    for (const QJsonValue &value : object.value(QLatin1String(name)).toArray()) {
+    for (const QJsonValue &value : list) {
         if (const std::optional<int> number = intOf(value, least, anyInt))
             values.push_back(*number);
     }
-    if (static_cast<int>(values.size()) == count
-        && object.value(QLatin1String(name)).toArray().size() == count)
+    if (list.size() == count && static_cast<int>(values.size()) == count)
         return values;
     fault(memberPath(path, name),
           QStringLiteral("a list of %1 whole numbers%2 is wanted")

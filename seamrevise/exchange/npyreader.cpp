@@ -166,7 +166,7 @@ void ArrayReader::readValues(std::vector<Value> &values)
 template <typename Stored>
 bool ArrayReader::readBlock(Stored *values, std::size_t count)
 {
-    const auto bytes = static_cast<qint64>(count * sizeof(Stored));
+    const auto bytes = static_cast<qint64>(count) * qint64{sizeof(Stored)};
     const auto length = static_cast<qsizetype>(count);
     if (m_file.read(reinterpret_cast<char *>(values), bytes) != bytes) {
         m_faults += QStringLiteral("it could not be read whole: ") + m_file.errorString();
