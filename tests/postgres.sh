@@ -68,7 +68,7 @@ start)
 crash) end_server immediate ;;
 again) run_server ;;
 stop)
-    end_server fast
+    end_server immediate
     rm -rf "$dir" "$state"
     ;;
 esac

@@ -20,33 +20,6 @@ using namespace seamrevise;
 namespace
 {
 
-TEST_F(Seamrevise, StoredValuesAreLittleEndianAndComeBack)
-{
-    const StoredZone zone{1, NQRect(3, 4, 3, 4)};
-    {
-        SqlScreenStore store;
-        ASSERT_TRUE(store.create(in("%d/s.db"), ScreenLayout(), Writer()));
-        ASSERT_TRUE(store.put(zone, {0x1234, 0, 0, 0, 0, 0, 0, 0, 0xFFFE}));
-        ASSERT_TRUE(store.putLayered(zone, 1, {0x12345678, -2, 0}));
-        ASSERT_TRUE(store.commit());
-    }
-    const char *const sql
-        = "SELECT hex(c.data) || hex(l.data) FROM coefficients c, layered_coefficients l";
-    EXPECT_EQ(execute(in("%d/s.db"), sql).toString(),
-              "34120000000000000000000000000000FEFF78563412FEFFFFFF00000000");
-    SqlScreenStore store;
-    ASSERT_TRUE(store.open(in("%d/s.db")));
-    MultiLayerCoefZoneInfo layered;
-    ASSERT_EQ(store.readMultiLayerAreaCoefficients(1, 1, layered), 0);
-    EXPECT_EQ(layered.m_multiLayerCoefs, (std::vector<std::vector<int>>{{0x12345678, -2, 0}}));
-    EXPECT_EQ(layered.getBegPixRow(), 4);
-    CoefsZoneInfo single;
-    ASSERT_EQ(store.readAreaCoefficients(1, single), 0);
-    EXPECT_EQ(single.m_arrayData.back(), 0xFFFE);
-    EXPECT_NE(store.readAreaCoefficients(2, single), 0);
-    EXPECT_NE(store.errorText().indexOf("partition 2"), -1);
-}
-
 TEST_F(Seamrevise, TablesAreNumPyArraysWithNeutralUncorrectedPartitions)
 {
     makeWall();

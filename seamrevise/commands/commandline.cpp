@@ -10,6 +10,8 @@
 #include "commands/optiontable.h"
 #include "commands/revise.h"
 #include "commands/simulate.h"
+#include "commands/upgrade.h"
+#include "store/databaseaddress.h"
 
 #include <CLI/CLI.hpp> // App.hpp only declares what making an App needs
 
@@ -65,6 +67,8 @@ const Command commands[] = {
      runAs<ExportOptions, declareExport, exportCoefficients>},
     {"info", "Shows what a screen database holds, and who wrote it.", "seamrevise info wall.db",
      runAs<InfoOptions, declareInfo, info>},
+    {"upgrade", "Makes a screen database of an older version one of today.",
+     "seamrevise upgrade wall.db", runAs<UpgradeOptions, declareUpgrade, upgrade>},
 };
 
 /// A wrong command line.

@@ -54,6 +54,10 @@ public:
     /// The statements that make a wall: around those that make its tables, what else it takes.
     virtual QStringList schema(const QStringList &tables, int version) const = 0;
 
+    /// Runs statements on a database of an older version and notes the new one, all or nothing;
+    /// other writers are kept out already. Empty, or what went wrong.
+    virtual QString upgrade(const QStringList &statements, int version) = 0;
+
     /// The type of a column of bytes.
     virtual QString bytesType() const = 0;
     /// An expression: the length of a column of bytes, found without reading them.

@@ -1,13 +1,12 @@
 #include "store/dialect.h"
+#include "store/passingfile.h"
 
-#include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
 #include <QSqlQuery>
 
 #include <algorithm>
-#include <filesystem>
-#include <system_error>
+#include <optional>
 
 namespace seamrevise
 {
@@ -23,14 +22,12 @@ class SqliteDialect : public Dialect
 {
 public:
     explicit SqliteDialect(const QString &path)
-        : m_path(QFileInfo(path).absoluteFilePath()) // never one of SQLite's special names
+        // Never one of SQLite's special names, and never a link, which would be replaced.
+        : m_path(QFileInfo::exists(path) ? QFileInfo(path).canonicalFilePath()
+                                         : QFileInfo(path).absoluteFilePath())
     {
     }
-    ~SqliteDialect() override
-    {
-        disconnect();
-        removePassing();
-    }
+    ~SqliteDialect() override { disconnect(); } // before the passing file is removed
     SqliteDialect(const SqliteDialect &) = delete;
     SqliteDialect &operator=(const SqliteDialect &) = delete;
 
@@ -47,12 +44,9 @@ public:
         m_database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), connectionName);
         m_database.setConnectOptions(
             QStringLiteral("QSQLITE_BUSY_TIMEOUT=%1").arg(mostWaitingSeconds * 1000));
-        if (isNew) {
-            m_passingPath
-                = m_path + QStringLiteral(".%1.part").arg(QCoreApplication::applicationPid());
-            removePassing();
-        }
-        m_database.setDatabaseName(isNew ? m_passingPath : m_path);
+        if (isNew)
+            m_passing.emplace(m_path);
+        m_database.setDatabaseName(isNew ? m_passing->path() : m_path);
         return m_database.open() ? prepare() : message(m_database.lastError());
     }
 
@@ -71,11 +65,7 @@ public:
     QString finish() override
     {
         disconnect();
-        if (m_passingPath.isEmpty())
-            return {};
-        const QString what = rename();
-        removePassing();
-        return what;
+        return m_passing ? m_passing->moveToFinalName(m_mayReplace) : QString();
     }
 
     QString beginReading() const override { return QStringLiteral("BEGIN"); }
@@ -89,6 +79,27 @@ public:
     QStringList schema(const QStringList &tables, int version) const override
     {
         return tables + QStringList(QStringLiteral("PRAGMA user_version = %1").arg(version));
+    }
+
+    /// Works on a copy, which also gets the pages of today; the old file stays as it is until the
+    /// copy takes its name.
+    QString upgrade(const QStringList &statements, int version) override
+    {
+        m_passing.emplace(m_path);
+        m_mayReplace = true;
+        const QString copy
+            = QStringLiteral("VACUUM INTO '%1'")
+                  .arg(QString(m_passing->path()).replace(QLatin1Char('\''), QLatin1String("''")));
+        const QString pages = QStringLiteral("PRAGMA page_size = %1").arg(pageBytes);
+        QString what = runElsewhere(m_path, {pages, copy});
+        if (what.isEmpty())
+            what = runElsewhere(m_passing->path(),
+                                QStringList(QStringLiteral("BEGIN")) + schema(statements, version)
+                                    + QStringList(QStringLiteral("COMMIT")));
+        if (!what.isEmpty())
+            return what;
+        QFile::setPermissions(m_passing->path(), QFile::permissions(m_path));
+        return finish();
     }
 
     QString bytesType() const override { return QStringLiteral("BLOB"); }
@@ -106,7 +117,9 @@ public:
         if (error.isValid() || !query.next())
             return error.isValid() ? error : query.lastError();
         const QByteArray value = query.value(0).toByteArray();
-        std::copy_n(value.constData(), std::min<qint64>(value.size(), size), bytes);
+        if (value.size() != size)
+            return sizeError();
+        std::copy_n(value.constData(), size, bytes);
         return {};
     }
 
@@ -134,6 +147,26 @@ private:
         for (const QVariant &value : values)
             query.addBindValue(value);
         return query.exec() ? QSqlError() : query.lastError();
+    }
+
+    /// Runs statements on another connection. Empty, or what went wrong.
+    QString runElsewhere(const QString &path, const QStringList &statements) const
+    {
+        const QString name = m_database.connectionName() + QStringLiteral("-other");
+        QString what;
+        {
+            QSqlDatabase other = QSqlDatabase::cloneDatabase(m_database, name);
+            other.setDatabaseName(path);
+            if (!other.open())
+                what = message(other.lastError());
+            QSqlQuery query(other);
+            for (const QString &statement : statements) {
+                if (what.isEmpty() && !query.exec(statement))
+                    what = message(query.lastError());
+            }
+        }
+        QSqlDatabase::removeDatabase(name);
+        return what;
     }
 
     /// What keeps an existing file from being opened.
@@ -171,26 +204,8 @@ private:
             : message(query.lastError());
     }
 
-    QString rename() const
-    {
-        if (!m_mayReplace) // never over a file that has come meanwhile
-            return QFile::rename(m_passingPath, m_path) ? QString() : existsMessage();
-        std::error_code error;
-        std::filesystem::rename(QFile::encodeName(m_passingPath).toStdString(),
-                                QFile::encodeName(m_path).toStdString(), error);
-        return error ? QString::fromStdString(error.message()) : QString();
-    }
-
-    void removePassing() const
-    {
-        if (m_passingPath.isEmpty())
-            return;
-        QFile::remove(m_passingPath);
-        QFile::remove(m_passingPath + QStringLiteral("-journal"));
-    }
-
     const QString m_path;
-    QString m_passingPath; ///< of a new file
+    std::optional<PassingFile> m_passing; ///< a new file
     bool m_isReader = false;
     bool m_mayReplace = false; ///< an existing file
 };

@@ -219,15 +219,41 @@ bool SqlScreenStore::openOrCreate(const QString &address, const ScreenLayout &la
         && replaceLayout(layout);
 }
 
-bool SqlScreenStore::makeWall(const ScreenLayout &layout)
+int SqlScreenStore::currentSchemaVersion()
+{
+    return currentVersion;
+}
+
+bool SqlScreenStore::upgrade(const QString &address)
+{
+    QStringList present;
+    if (!connect(address, DatabaseAccess::Write) || !listTables(present) || !checkSchema(present))
+        return false;
+    if (m_schemaVersion == currentVersion)
+        return true;
+    QString fault = m_dialect->fault();
+    if (fault.isEmpty())
+        fault = m_dialect->upgrade(createTables(m_schemaVersion + 1), currentVersion);
+    return fault.isEmpty() || fail(0, fault);
+}
+
+/// The statements that make the tables that came with a version or later.
+QStringList SqlScreenStore::createTables(int sinceVersion) const
 {
     QStringList statements;
-    for (const auto &table : tables)
-        statements += QStringLiteral("CREATE TABLE %1 (%2)")
-                          .arg(QLatin1String(table.name),
-                               QString::fromLatin1(table.columns)
-                                   .replace(QLatin1String("%1"), m_dialect->bytesType()));
-    for (const QString &statement : m_dialect->schema(statements, currentVersion)) {
+    for (const auto &table : tables) {
+        if (table.since >= sinceVersion)
+            statements += QStringLiteral("CREATE TABLE %1 (%2)")
+                              .arg(QLatin1String(table.name),
+                                   QString::fromLatin1(table.columns)
+                                       .replace(QLatin1String("%1"), m_dialect->bytesType()));
+    }
+    return statements;
+}
+
+bool SqlScreenStore::makeWall(const ScreenLayout &layout)
+{
+    for (const QString &statement : m_dialect->schema(createTables(1), currentVersion)) {
         if (!run(statement))
             return false;
     }

@@ -5,6 +5,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 #include <QVariant>
 
 #include <memory>
@@ -79,6 +80,10 @@ public:
     /// Opens a wall for writing and gives it this layout, or makes it if it is not there.
     bool openOrCreate(const QString &address, const ScreenLayout &layout, const Writer &writer);
 
+    /// Gives a wall of an older version the current schema, whole or not at all; schemaVersion()
+    /// is the one that it had. One that is current stays as it is.
+    bool upgrade(const QString &address);
+
     /// Stores the coefficients of a partition in place of those that were there.
     bool put(const StoredZone &zone, const std::vector<unsigned short> &values);
     bool putLayered(const StoredZone &zone, int layerCount, const std::vector<qint32> &values);
@@ -89,6 +94,7 @@ public:
 
     const ScreenLayout &layout() const { return m_layout; }
     int schemaVersion() const { return m_schemaVersion; }
+    static int currentSchemaVersion();
 
     /// Lists what is stored, right or wrong; fails only where it cannot be read.
     bool readInventory(StoredInventory &inventory);
@@ -122,6 +128,7 @@ private:
     bool readPartitions(std::vector<StoredZone> &partitions);
     bool readCoefficientRows(const QString &layersAndTable, StoredInventory &inventory);
 
+    QStringList createTables(int sinceVersion) const;
     bool makeWall(const ScreenLayout &layout);
     bool writeScreen(const QString &sql, const ScreenLayout &layout);
     bool writePartitions(const ScreenLayout &layout);

@@ -1,0 +1,43 @@
+#include "commands/upgrade.h"
+
+#include "commands/exitcode.h"
+#include "commands/optiontable.h"
+#include "commands/outputfiles.h"
+#include "store/sqlscreenstore.h"
+
+namespace seamrevise
+{
+
+void declareUpgrade(CLI::App &app, UpgradeOptions &options)
+{
+    addDatabase(app, options.database);
+}
+
+int upgrade(const UpgradeOptions &options, std::ostream &out, std::ostream &err)
+{
+    SqlScreenStore store;
+    if (!store.upgrade(options.database)) {
+        err << "seamrevise: " << store.errorText().toStdString() << '\n';
+        return Exit_Input;
+    }
+    const int before = store.schemaVersion();
+    const int now = SqlScreenStore::currentSchemaVersion();
+    if (options.common.showsText())
+        out << options.database.toStdString() << ": schema version " << now
+            << (before == now ? ", as before" : ", was " + std::to_string(before)) << '\n';
+
+    JsonWriter json;
+    json.beginObject();
+    json.member("schema", "seamrevise/1");
+    json.member("database", options.database);
+    json.member("version_before", before);
+    json.member("version", now);
+    json.endObject();
+    const QString fault = writeDocument(options.common, json, out);
+    if (fault.isEmpty())
+        return Exit_Done;
+    err << "seamrevise: " << fault.toStdString() << '\n';
+    return Exit_Output;
+}
+
+} // namespace seamrevise
