@@ -7,12 +7,12 @@ set -euo pipefail
 
 packages=(
     g++ cmake ninja-build pkg-config
-    qtbase5-dev libqt5sql5-sqlite libcli11-dev
+    qtbase5-dev libqt5sql5-sqlite libcli11-dev libpq-dev
 )
 tests=(
     git
     libgtest-dev libbenchmark-dev
-    libssl-dev openssl python3-numpy python3-jsonschema
+    libssl-dev openssl postgresql libqt5sql5-psql python3-numpy python3-jsonschema
 )
 checks=(
     clang clang-format clang-tidy libclang-rt-dev

@@ -20,3 +20,6 @@ run cmake --build --preset dev
 echo "Testing."
 run ctest --preset dev -j"$(nproc)"
 grep -E '^Total Test time|tests passed' "$log" | tac
+# ctest starts a PostgreSQL server and ends it; what is left says why it could not.
+no_server=build/dev/tests/tmp/postgres
+[[ ! -e "$no_server" ]] || echo "Not tested on PostgreSQL: $(sed 's/^none: //' "$no_server")"

@@ -18,6 +18,12 @@ void Dialect::disconnect()
     QSqlDatabase::removeDatabase(name);
 }
 
+QSqlError Dialect::sizeError()
+{
+    return QSqlError(QString(), QStringLiteral("it has changed while it was read"),
+                     QSqlError::StatementError);
+}
+
 QString Dialect::existsMessage()
 {
     return QStringLiteral("it exists already; --force overwrites it");

@@ -66,8 +66,8 @@ public:
     /// others may have such a clause at the same time.
     virtual QString lockingRows(bool forChange) const = 0;
 
-    /// Reads the column data of the only row that a source, "TABLE WHERE ...", has; it has size
-    /// bytes.
+    /// Reads the column data of the only row that a source, "TABLE WHERE ...", has. Fails unless it
+    /// has size bytes.
     virtual QSqlError readBytes(const QString &source, const QVariantList &keys, char *bytes,
                                 qint64 size)
         = 0;
@@ -78,6 +78,7 @@ public:
 
     /// An error as a user is told of it.
     virtual QString message(const QSqlError &error) const = 0;
+    static QSqlError sizeError();
     static QString existsMessage();
     static QString lockedMessage();
 

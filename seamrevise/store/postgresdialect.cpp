@@ -82,9 +82,15 @@ private:
 /// and neither side needs memory for more. A slice is a number of whole chunks of 1996 bytes, in
 /// which the server keeps them.
 constexpr int sliceBytes = 16 * 1996;
-const QString slices = QStringLiteral("SELECT start, substring(data FROM start FOR %2)"
-                                      " FROM (SELECT data FROM %1) AS zone,"
-                                      " generate_series(1, octet_length(data), %2) AS start");
+
+QString sliceQuery(const QString &source)
+{
+    return QStringLiteral("SELECT start, substring(data FROM start FOR %2)"
+                          " FROM (SELECT data FROM %1) AS zone,"
+                          " generate_series(1, octet_length(data), %2) AS start")
+        .arg(source)
+        .arg(sliceBytes);
+}
 
 /// A wall in a PostgreSQL database: a schema of its own with the wall's name.
 ///
@@ -107,21 +113,15 @@ public:
         m_database.setHostName(m_address.host);
         m_database.setPort(m_address.port);
         m_database.setDatabaseName(m_address.database);
-        QString options = QString::fromLatin1(patience);
-        for (const auto &parameter : m_address.parameters)
-            options += QLatin1Char(';') + parameter.first + QLatin1Char('=')
-                + optionValue(parameter.second);
-        m_database.setConnectOptions(options);
+        m_database.setConnectOptions(connectOptions());
         if (!m_database.open())
             return message(m_database.lastError());
         QSqlQuery query(m_database);
-        for (const QString &setting :
-             {QStringLiteral("SET search_path TO ") + schemaName(),
-              QStringLiteral("SET lock_timeout TO %1").arg(mostWaitingSeconds * 1000)}) {
-            if (!query.exec(setting))
-                return message(query.lastError());
-        }
-        return {};
+        return query.exec(QStringLiteral("SET search_path TO ") + schemaName())
+                && query.exec(
+                    QStringLiteral("SET lock_timeout TO %1").arg(mostWaitingSeconds * 1000))
+            ? QString()
+            : message(query.lastError());
     }
 
     QString fault() const override { return {}; }
@@ -189,20 +189,21 @@ public:
                         qint64 size) override
     {
         const Parameters parameters(keys, nullptr);
-        const QByteArray sql = numbered(slices.arg(source).arg(sliceBytes));
+        const QByteArray sql = numbered(sliceQuery(source));
         if (PQsendQueryParams(connection(), sql.constData(), parameters.count(), nullptr,
                               parameters.values(), parameters.lengths(), parameters.formats(), 1)
             != 1)
             return error(nullptr);
         PQsetSingleRowMode(connection());
         QSqlError failure;
+        qint64 taken = 0;
         while (const Result result{PQgetResult(connection()), PQclear}) {
             if (PQresultStatus(result.get()) == PGRES_SINGLE_TUPLE)
-                takeSlice(result.get(), bytes, size);
+                taken += takeSlice(result.get(), bytes, size);
             else if (PQresultStatus(result.get()) != PGRES_TUPLES_OK)
                 failure = error(result.get());
         }
-        return failure;
+        return failure.isValid() || taken == size ? failure : sizeError();
     }
 
     QSqlError writeBytes(const QString &sql, const QVariantList &values,
@@ -234,6 +235,15 @@ public:
 private:
     using Result = std::unique_ptr<PGresult, void (*)(PGresult *)>;
 
+    QString connectOptions() const
+    {
+        QString options = QString::fromLatin1(patience);
+        for (const auto &parameter : m_address.parameters)
+            options += QLatin1Char(';') + parameter.first + QLatin1Char('=')
+                + optionValue(parameter.second);
+        return options;
+    }
+
     QString schemaName() const { return quoted(m_address.wall, QLatin1Char('"')); }
     QString schemaLiteral() const { return quoted(m_address.wall, QLatin1Char('\'')); }
 
@@ -242,12 +252,15 @@ private:
         return *static_cast<PGconn *const *>(m_database.driver()->handle().constData());
     }
 
-    static void takeSlice(const PGresult *row, char *bytes, qint64 size)
+    /// Returns how many bytes it has, or 0 if they lie elsewhere.
+    static qint64 takeSlice(const PGresult *row, char *bytes, qint64 size)
     {
         const qint64 start = qFromBigEndian<qint32>(PQgetvalue(row, 0, 0)) - 1;
         const qint64 length = PQgetlength(row, 0, 1);
-        if (start >= 0 && start + length <= size)
-            std::copy_n(PQgetvalue(row, 0, 1), length, bytes + start);
+        if (start < 0 || start + length > size)
+            return 0;
+        std::copy_n(PQgetvalue(row, 0, 1), length, bytes + start);
+        return length;
     }
 
     QSqlError error(const PGresult *result) const
