@@ -436,6 +436,33 @@ TEST_F(StorePostgres, AServerThatCrashesLeavesWhatWasCommitted)
     }
 }
 
+/// The commands of a document; the comment at the end of a line is the exit code that it names.
+QString documentedScript(const QString &path)
+{
+    QString script;
+    const QStringList blocks = QString::fromUtf8(readFile(path)).split("```");
+    for (int i = 1; i < blocks.size(); i += 2) {
+        for (const QString &line : blocks[i].section('\n', 1).split('\n', Qt::SkipEmptyParts)) {
+            const QString code = line.section("  # exit code ", 1);
+            script += line + "\n[ $? = " + (code.isEmpty() ? "0" : code) + " ] || exit 99\n";
+        }
+    }
+    return script;
+}
+
+TEST_F(StorePostgres, EveryDocumentedCommandDoesWhatIsSaid)
+{
+    const PostgresServer server(m_dir.path());
+    SKIP_WITHOUT(server);
+    const QString script = documentedScript(QStringLiteral(SOURCE_DIR "/docs/several-stations.md"));
+    EXPECT_GT(script.count("seamrevise"), 10);
+    const Outcome outcome = shell("cd %d; set -x; export PGUSER=station PGHOST="
+                                  + server.socketDir() + "; PATH=$(dirname %p):$PATH\n"
+                                  + QString(script).replace("wallserver", server.socketDir()));
+    EXPECT_EQ(outcome.code, 0) << outcome.printed;
+    EXPECT_TRUE(QFile::exists(in("%d/delivery/8")));
+}
+
 /// Runs a function in a process that is killed after some time, or has come to its end.
 void runKilled(std::chrono::milliseconds delay, const std::function<void()> &function)
 {
