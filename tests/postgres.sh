@@ -30,7 +30,7 @@ none() {
 run_server() {
     # Neither its output nor its input is that of whoever waits for this script.
     unprivileged timeout --signal=INT 30m "$programs/postgres" -D "$dir/data" -k "$dir" \
-        -c listen_addresses= -c fsync=off -c max_connections=40 \
+        -c listen_addresses= -c fsync=off -c shared_buffers=512MB \
         </dev/null >>"$dir/log" 2>&1 &
     for ((i = 0; i < 300; i++)); do
         "$programs/pg_isready" -q -h "$dir" && return 0

@@ -81,7 +81,7 @@ private:
 /// Bytes are read slice by slice: the server finds the next ones while those before are under way,
 /// and neither side needs memory for more. A slice is a number of whole chunks of 1996 bytes, in
 /// which the server keeps them.
-constexpr int sliceBytes = 16 * 1996;
+constexpr int sliceBytes = 64 * 1996;
 
 QString sliceQuery(const QString &source)
 {
