@@ -1,0 +1,89 @@
+#include "exchange/coefficientfile.h"
+
+#include <seamrevision/des.h>
+
+#include <QFile>
+#include <QFileInfo>
+#include <QtEndian>
+
+#include <string>
+
+namespace seamrevise
+{
+
+namespace
+{
+
+/// Part of the file format: both the key and the initialisation vector.
+const std::string keyMaterial = "qalvetor";
+constexpr qint64 blockBytes = 8; ///< of the cipher
+
+/// Reads a whole file of exactly that many bytes.
+QString readBytes(const QString &path, qint64 byteCount, std::vector<unsigned char> &bytes)
+{
+    QFile file(path);
+    if (!QFileInfo::exists(path))
+        return path + QStringLiteral(": the file is missing");
+    if (!QFileInfo(path).isFile()) // a pipe would be waited for
+        return path + QStringLiteral(": is not a file");
+    if (!file.open(QIODevice::ReadOnly))
+        return path + QStringLiteral(": ") + file.errorString();
+    if (file.size() != byteCount)
+        return path
+            + QStringLiteral(": has %1 bytes instead of %2").arg(file.size()).arg(byteCount);
+    bytes.resize(static_cast<std::size_t>(byteCount));
+    if (file.read(reinterpret_cast<char *>(bytes.data()), byteCount) != byteCount)
+        return path + QStringLiteral(": cannot be read to its end: ") + file.errorString();
+    return {};
+}
+
+template <typename Value>
+QString readValues(const QString &path, qint64 valueCount, std::vector<Value> &values)
+{
+    const qint64 contentBytes = valueCount * qint64{sizeof(Value)};
+    std::vector<unsigned char> bytes;
+    const QString fault = readBytes(path, encryptedBytes(contentBytes), bytes);
+    if (!fault.isEmpty())
+        return fault;
+    if (!DES().DESDecrypt(keyMaterial, keyMaterial, bytes, bytes)
+        || static_cast<qint64>(bytes.size()) != contentBytes)
+        return path
+            + QStringLiteral(": does not decrypt to the %1 bytes that it must hold")
+                  .arg(contentBytes);
+    values.resize(static_cast<std::size_t>(valueCount));
+    qFromLittleEndian<Value>(bytes.data(), valueCount, values.data());
+    return {};
+}
+
+} // namespace
+
+std::vector<CoefficientFormat> coefficientFormats(int layerCount)
+{
+    const QString table = QStringLiteral("coefficients.npy");
+    if (layerCount == 0)
+        return {{QString(), 9, 2, table}};
+    return {{QStringLiteral("_m"), qint64{layerCount} * 3, 4, table},
+            {QStringLiteral("_zip"), layerCount, 4, QStringLiteral("packed.bin")}};
+}
+
+qint64 encryptedBytes(qint64 contentBytes)
+{
+    return (contentBytes / blockBytes + 1) * blockBytes;
+}
+
+QString readCoefficientFile(const QString &path, qint64 valueCount, std::vector<quint16> &values)
+{
+    return readValues(path, valueCount, values);
+}
+
+QString readCoefficientFile(const QString &path, qint64 valueCount, std::vector<qint32> &values)
+{
+    return readValues(path, valueCount, values);
+}
+
+QString readCoefficientFile(const QString &path, qint64 valueCount, std::vector<quint32> &values)
+{
+    return readValues(path, valueCount, values);
+}
+
+} // namespace seamrevise
