@@ -37,21 +37,28 @@ QString readBytes(const QString &path, qint64 byteCount, std::vector<unsigned ch
     return {};
 }
 
-template <typename Value>
-QString readValues(const QString &path, qint64 valueCount, std::vector<Value> &values)
+QString readContent(const QString &path, qint64 contentBytes, std::vector<unsigned char> &content)
 {
-    const qint64 contentBytes = valueCount * qint64{sizeof(Value)};
-    std::vector<unsigned char> bytes;
-    const QString fault = readBytes(path, encryptedBytes(contentBytes), bytes);
+    const QString fault = readBytes(path, encryptedBytes(contentBytes), content);
     if (!fault.isEmpty())
         return fault;
-    if (!DES().DESDecrypt(keyMaterial, keyMaterial, bytes, bytes)
-        || static_cast<qint64>(bytes.size()) != contentBytes)
+    if (!DES().DESDecrypt(keyMaterial, keyMaterial, content, content)
+        || static_cast<qint64>(content.size()) != contentBytes)
         return path
             + QStringLiteral(": does not decrypt to the %1 bytes that it must hold")
                   .arg(contentBytes);
+    return {};
+}
+
+template <typename Value>
+QString readValues(const QString &path, qint64 valueCount, std::vector<Value> &values)
+{
+    std::vector<unsigned char> content;
+    const QString fault = readContent(path, valueCount * qint64{sizeof(Value)}, content);
+    if (!fault.isEmpty())
+        return fault;
     values.resize(static_cast<std::size_t>(valueCount));
-    qFromLittleEndian<Value>(bytes.data(), valueCount, values.data());
+    qFromLittleEndian<Value>(content.data(), valueCount, values.data());
     return {};
 }
 
@@ -84,6 +91,12 @@ QString readCoefficientFile(const QString &path, qint64 valueCount, std::vector<
 QString readCoefficientFile(const QString &path, qint64 valueCount, std::vector<quint32> &values)
 {
     return readValues(path, valueCount, values);
+}
+
+QString decryptionFault(const QString &path, qint64 contentBytes)
+{
+    std::vector<unsigned char> content;
+    return readContent(path, contentBytes, content);
 }
 
 } // namespace seamrevise

@@ -34,4 +34,8 @@ QString readCoefficientFile(const QString &path, qint64 valueCount, std::vector<
 QString readCoefficientFile(const QString &path, qint64 valueCount, std::vector<qint32> &values);
 QString readCoefficientFile(const QString &path, qint64 valueCount, std::vector<quint32> &values);
 
+/// Whether a file deciphers to that many bytes, whatever they are. Empty, or what is wrong with the
+/// file's name.
+QString decryptionFault(const QString &path, qint64 contentBytes);
+
 } // namespace seamrevise
