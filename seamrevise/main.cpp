@@ -1,4 +1,5 @@
 #include "commands/commandline.h"
+#include "delivery/interruption.h"
 
 #include <QCoreApplication>
 #include <QTextCodec>
@@ -34,6 +35,7 @@ int main(int argc, char *argv[])
 {
     keepStandardStreamsApart();
     std::signal(SIGXFSZ, SIG_IGN); // a file that grows too large is an error of its write
+    seamrevise::handleInterruptions();
     // Paths and the names of dumps are UTF-8 in the plain C locale, too.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
     // The bytes themselves, since Qt changes what is not UTF-8 and keeps options of its own.

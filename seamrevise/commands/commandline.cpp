@@ -1,6 +1,7 @@
 #include "commands/commandline.h"
 
 #include "commands/check.h"
+#include "commands/compare.h"
 #include "commands/exitcode.h"
 #include "commands/export.h"
 #include "commands/help.h"
@@ -8,9 +9,12 @@
 #include "commands/info.h"
 #include "commands/loglines.h"
 #include "commands/optiontable.h"
+#include "commands/restore.h"
 #include "commands/revise.h"
+#include "commands/show.h"
 #include "commands/simulate.h"
 #include "commands/upgrade.h"
+#include "commands/verify.h"
 #include "store/databaseaddress.h"
 
 #include <CLI/CLI.hpp> // App.hpp only declares what making an App needs
@@ -69,6 +73,15 @@ const Command commands[] = {
      runAs<InfoOptions, declareInfo, info>},
     {"upgrade", "Makes a screen database of an older version one of today.",
      "seamrevise upgrade wall.db", runAs<UpgradeOptions, declareUpgrade, upgrade>},
+    {"verify", "Checks that a delivery is whole and as it was delivered.",
+     "seamrevise verify corrected wall.db", runAs<VerifyOptions, declareVerify, verify>},
+    {"compare", "Says how much the coefficients of two deliveries differ.",
+     "seamrevise compare corrected corrected.20260131-120000",
+     runAs<CompareOptions, declareCompare, compare>},
+    {"restore", "Puts the set back that a delivery replaced.", "seamrevise restore corrected",
+     runAs<RestoreOptions, declareRestore, restore>},
+    {"show", "Shows the delivered coefficients of a partition.", "seamrevise show corrected 7",
+     runAs<ShowOptions, declareShow, show>},
 };
 
 /// A wrong command line.

@@ -177,7 +177,8 @@ ManifestPartition readPartition(Reader &reader, const QJsonObject &object, const
     reader.require(partition.isCorrected || state == QLatin1String("uncorrected"));
     // What is read of a table lies where the partition does.
     const NQRect &rect = partition.rect;
-    reader.require(rect.left() >= screen.left() && rect.top() >= screen.top()
+    reader.require(rect.left() <= rect.right() && rect.top() <= rect.bottom()
+                   && rect.left() >= screen.left() && rect.top() >= screen.top()
                    && rect.right() <= screen.right() && rect.bottom() <= screen.bottom());
     if (partition.isCorrected) {
         partition.zone = reader.rect(object, "zone");

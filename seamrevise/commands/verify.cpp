@@ -1,0 +1,199 @@
+#include "commands/verify.h"
+
+#include "commands/delivered.h"
+#include "commands/jsonoutput.h"
+#include "commands/optiontable.h"
+#include "delivery/verification.h"
+#include "store/sqlscreenstore.h"
+
+#include <QFile>
+
+#include <algorithm>
+
+namespace seamrevise
+{
+
+namespace
+{
+
+/// One run of the command: its data and its steps.
+class VerifyRun
+{
+public:
+    VerifyRun(const VerifyOptions &options, std::ostream &out, std::ostream &err)
+        : m_options(options)
+        , m_out(out)
+        , m_err(err)
+    {
+    }
+
+    int run()
+    {
+        using Step = int (VerifyRun::*)();
+        const Step steps[] = {&VerifyRun::checkFiles, &VerifyRun::checkDatabase,
+                              &VerifyRun::checkNumbers, &VerifyRun::report};
+        for (const Step step : steps) {
+            if (const int code = (this->*step)())
+                return code;
+        }
+        return isAsAgreed() ? Exit_Done : Exit_Different;
+    }
+
+private:
+    int checkFiles();
+    int checkDatabase();
+    int checkNumbers();
+    int report();
+
+    void printText() const;
+    QByteArray document() const;
+
+    int fail(ExitCode code, const QString &message) const
+    {
+        return reportFault(code, message, m_err);
+    }
+    bool isAsAgreed() const
+    {
+        return m_differences.empty()
+            && std::all_of(m_verdicts.begin(), m_verdicts.end(),
+                           [](const LimitVerdict &verdict) { return verdict.holds(); });
+    }
+
+    const VerifyOptions &m_options;
+    std::ostream &m_out;
+    std::ostream &m_err;
+    DeliveredSet m_set;
+    bool m_hasManifest = true; ///< one that can be believed
+    std::vector<Difference> m_differences;
+    std::vector<LimitVerdict> m_verdicts;
+};
+
+int VerifyRun::checkFiles()
+{
+    const DeliveredSet::State state = m_set.open(m_options.directory);
+    reportNotes(m_options.common, m_set.notes(), m_err);
+    if (state == DeliveredSet::State::Missing)
+        return fail(Exit_Input, m_set.message());
+    if (state == DeliveredSet::State::Busy)
+        return fail(Exit_Output, m_set.message());
+    m_hasManifest = state == DeliveredSet::State::Ready;
+    m_differences = verifyFiles(m_set.path());
+    return Exit_Done;
+}
+
+int VerifyRun::checkDatabase()
+{
+    if (m_options.database.isEmpty() || !m_hasManifest)
+        return Exit_Done;
+    SqlScreenStore store;
+    if (!store.open(m_options.database))
+        return fail(Exit_Input, store.errorText());
+    QString fault;
+    const std::vector<Difference> found = verifyStored(m_set.manifest(), store, fault);
+    if (!fault.isEmpty())
+        return fail(Exit_Input, fault);
+    m_differences.insert(m_differences.end(), found.begin(), found.end());
+    return Exit_Done;
+}
+
+int VerifyRun::checkNumbers()
+{
+    if (m_options.limitsFile.isEmpty() || !m_hasManifest)
+        return Exit_Done;
+    QFile limits(m_options.limitsFile);
+    if (!limits.open(QIODevice::ReadOnly))
+        return fail(Exit_Input, limits.fileName() + QStringLiteral(": ") + limits.errorString());
+    QFile numbers(m_set.path() + QStringLiteral("/numbers.json"));
+    const bool isThere = m_set.manifest().file(QStringLiteral("numbers.json"))
+        && numbers.open(QIODevice::ReadOnly);
+    if (!isThere)
+        m_differences.push_back(
+            {QStringLiteral("missing"), QStringLiteral("numbers.json"), 0,
+             QStringLiteral("numbers.json: is missing; nothing to hold against the limits")});
+    const QString fault
+        = checkLimits(limits.readAll(), isThere ? numbers.readAll() : QByteArray(), m_verdicts);
+    return fault.isEmpty() ? int{Exit_Done}
+                           : fail(Exit_Input, limits.fileName() + QStringLiteral(": ") + fault);
+}
+
+int VerifyRun::report()
+{
+    if (m_options.common.showsText())
+        printText();
+    const QString fault = writeDocument(
+        m_options.common, {{m_options.database, m_options.limitsFile}, {m_set.path()}}, document(),
+        m_out);
+    return fault.isEmpty() ? int{Exit_Done} : fail(Exit_Output, fault);
+}
+
+void VerifyRun::printText() const
+{
+    for (const Difference &difference : m_differences)
+        m_out << difference.message.toStdString() << '\n';
+    for (const LimitVerdict &verdict : m_verdicts) {
+        m_out << "limit        " << verdict.name.toStdString() << ' ';
+        if (verdict.value)
+            m_out << *verdict.value;
+        else
+            m_out << "nothing to measure";
+        m_out << ", limit " << verdict.limit << (verdict.holds() ? ": holds\n" : ": exceeded\n");
+    }
+    const Manifest &manifest = m_set.manifest();
+    if (m_hasManifest)
+        m_out << "delivered    " << manifest.when.toStdString() << ", " << manifest.files.size()
+              << " files, " << manifest.partitions.size() << " partitions\n";
+    m_out << "differences  " << m_differences.size() << '\n';
+}
+
+QByteArray VerifyRun::document() const
+{
+    const Manifest &manifest = m_set.manifest();
+    JsonWriter json;
+    json.beginObject();
+    json.member("schema", "seamrevise/1");
+    json.member("directory", m_set.path());
+    json.member("same", isAsAgreed());
+    if (m_hasManifest) {
+        writeWall(json, manifest);
+        json.beginArray("files");
+        for (const ManifestFile &file : manifest.files) {
+            json.beginObject(nullptr, JsonWriter::Inline);
+            json.member("name", file.name);
+            json.member("bytes", file.bytes);
+            json.member("sha256", QString::fromLatin1(file.sha256));
+            json.endObject();
+        }
+        json.endArray();
+    }
+    writeFindings(json, m_differences);
+    json.beginArray("limits");
+    for (const LimitVerdict &verdict : m_verdicts) {
+        json.beginObject(nullptr, JsonWriter::Inline);
+        json.member("name", verdict.name);
+        json.member("limit", verdict.limit);
+        json.member("value", verdict.value);
+        json.member("holds", verdict.holds());
+        json.endObject();
+    }
+    json.endArray();
+    json.endObject();
+    return json.text();
+}
+
+} // namespace
+
+void declareVerify(CLI::App &app, VerifyOptions &options)
+{
+    addPath(app, "DIR", "", options.directory, "the delivery")->required();
+    addPath(app, "DATABASE", "", options.database,
+            "also check that its coefficients are still those that were delivered");
+    addPath(app, "--limits", "LIMITS.json", options.limitsFile,
+            "also hold the delivery's numbers against these limits");
+}
+
+int verify(const VerifyOptions &options, std::ostream &out, std::ostream &err)
+{
+    return VerifyRun(options, out, err).run();
+}
+
+} // namespace seamrevise

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "commands/commonoptions.h"
+
+#include <QString>
+
+#include <ostream>
+
+namespace CLI
+{
+class App;
+}
+
+namespace seamrevise
+{
+
+struct VerifyOptions
+{
+    QString directory;
+    QString database; ///< empty: the manifest alone
+    QString limitsFile;
+    CommonOptions common;
+};
+
+void declareVerify(CLI::App &app, VerifyOptions &options);
+
+/// Holds a delivery against its manifest, and against the database and agreed limits if they are
+/// given; lists every difference. Returns an ExitCode.
+int verify(const VerifyOptions &options, std::ostream &out, std::ostream &err);
+
+} // namespace seamrevise
