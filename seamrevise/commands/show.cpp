@@ -3,6 +3,7 @@
 #include "commands/delivered.h"
 #include "commands/jsonoutput.h"
 #include "commands/optiontable.h"
+#include "delivery/filesystem.h"
 #include "delivery/stagedfiles.h"
 #include "exchange/npywriter.h"
 
@@ -122,7 +123,7 @@ QString writeArray(const Shown &shown, const QString &path)
 
 QString deliverArray(const Shown &shown, const DeliveredSet &set, const QString &path)
 {
-    if (QFileInfo(path).canonicalPath() == set.path())
+    if (isSameFile(QFileInfo(path).absolutePath(), set.path()))
         return path + QStringLiteral(": lies inside the set of files; use another place");
     WholeFile file;
     QString fault = file.begin(path, {});

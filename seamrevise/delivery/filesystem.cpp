@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstring>
@@ -42,7 +43,7 @@ class Descriptor
 {
 public:
     Descriptor(const QString &path, int flags)
-        : m_number(open(QFile::encodeName(path).constData(), flags | O_CLOEXEC))
+        : m_number(open(QFile::encodeName(path).constData(), flags | O_CLOEXEC, 0666))
     {
     }
     ~Descriptor()
@@ -155,10 +156,16 @@ QString syncToDisk(const QString &path)
 
 QString writeSynced(const QString &path, const QByteArray &bytes)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.flush())
-        return path + QStringLiteral(": ") + file.errorString();
-    file.close();
+    const Descriptor file(path, O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK);
+    if (!file.isOpen())
+        return systemFault(path, errno);
+    for (int written = 0; written < bytes.size();) {
+        const ssize_t count = write(file.number(), bytes.constData() + written,
+                                    static_cast<std::size_t>(bytes.size() - written));
+        if (count < 0 && errno != EINTR)
+            return systemFault(path, errno);
+        written += static_cast<int>(std::max<ssize_t>(0, count));
+    }
     return syncToDisk(path);
 }
 

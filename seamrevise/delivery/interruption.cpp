@@ -74,7 +74,7 @@ void removeUnfinished(const Slot &slot)
         if (unfinished[slot].path[0] != '\0')
             removeUnfinished(unfinished[slot]);
     }
-    const char text[] = "\nseamrevise: interrupted\n";
+    const char text[] = "seamrevise: interrupted\n";
     [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, text, sizeof(text) - 1);
     _exit(exitCodeOfSignal + signalNumber);
 }

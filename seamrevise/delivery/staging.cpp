@@ -70,8 +70,8 @@ void Staging::setDone()
 {
     const Uninterrupted held;
     m_isDone = true;
+    m_lock.release();
     m_unfinished.clear();
-    m_unfinished.push_back(std::make_unique<Unfinished>(m_place.lockFile(), Unfinished::Files));
 }
 
 } // namespace seamrevise

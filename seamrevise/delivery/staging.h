@@ -33,8 +33,8 @@ public:
     const Place &place() const { return m_place; }
     QString path() const { return m_place.staging(); }
 
-    /// The files have got their final place: the directories above it stay, and whatever has the
-    /// name of the staging directory now.
+    /// The files have got their final place: gives the lock back. The directories above the place
+    /// stay, and whatever has the name of the staging directory now.
     void setDone();
 
 private:
