@@ -1,7 +1,7 @@
 #include "commands/compare.h"
 
 #include "commands/delivered.h"
-#include "commands/jsonoutput.h"
+#include "commands/deliverydocument.h"
 #include "commands/optiontable.h"
 #include "delivery/comparison.h"
 
@@ -56,7 +56,7 @@ void writeChange(JsonWriter &json, const PartitionChange &change)
     json.endObject();
 }
 
-QByteArray document(const DeliveredSet &first, const DeliveredSet &second,
+JsonWriter document(const DeliveredSet &first, const DeliveredSet &second,
                     const SetComparison &comparison)
 {
     JsonWriter json;
@@ -74,7 +74,7 @@ QByteArray document(const DeliveredSet &first, const DeliveredSet &second,
     json.endArray();
     writeFindings(json, comparison.differences);
     json.endObject();
-    return json.text();
+    return json;
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "commands/outputfiles.h"
 
-#include "exchange/npywriter.h"
+#include "delivery/filesystem.h"
+#include "delivery/stagedfiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -39,7 +40,7 @@ QString writePlainly(const QString &path, const QByteArray &bytes)
 
 bool isSameFile(const QString &first, const QString &second)
 {
-    return resolvedName(first) == resolvedName(second);
+    return isSameInode(first, second) || resolvedName(first) == resolvedName(second);
 }
 
 QString documentFault(const CommonOptions &options, const QString &input, const QString &outputDir)
@@ -64,8 +65,11 @@ QString writeDocument(const CommonOptions &options, const JsonWriter &json, std:
         return {};
     if (QFileInfo::exists(path) && !QFileInfo(path).isFile())
         return writePlainly(path, bytes);
-    return writeChecked(
-        path, [&](const BlockSink &sink) { return sink(bytes.constData(), bytes.size()); });
+    WholeFile file;
+    QString fault = file.begin(path, {});
+    if (fault.isEmpty())
+        fault = writeSynced(file.path(), bytes);
+    return fault.isEmpty() ? file.commit() : fault;
 }
 
 } // namespace seamrevise

@@ -1,7 +1,7 @@
 #include "commands/restore.h"
 
 #include "commands/delivered.h"
-#include "commands/jsonoutput.h"
+#include "commands/deliverydocument.h"
 #include "commands/optiontable.h"
 #include "delivery/delivery.h"
 
@@ -19,7 +19,7 @@ void printText(const RestoreOptions &options, const Restoration &restoration, st
         out << "kept         " << restoration.keptName().toStdString() << '\n';
 }
 
-QByteArray document(const RestoreOptions &options, const Restoration &restoration)
+JsonWriter document(const RestoreOptions &options, const Restoration &restoration)
 {
     JsonWriter json;
     json.beginObject();
@@ -31,7 +31,7 @@ QByteArray document(const RestoreOptions &options, const Restoration &restoratio
     else
         json.member("kept", restoration.keptName());
     json.endObject();
-    return json.text();
+    return json;
 }
 
 } // namespace

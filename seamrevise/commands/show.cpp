@@ -1,7 +1,7 @@
 #include "commands/show.h"
 
 #include "commands/delivered.h"
-#include "commands/jsonoutput.h"
+#include "commands/deliverydocument.h"
 #include "commands/optiontable.h"
 #include "delivery/filesystem.h"
 #include "delivery/stagedfiles.h"
@@ -85,7 +85,7 @@ void printSummary(const Shown &shown, std::ostream &out)
                    .toStdString();
 }
 
-QByteArray document(const DeliveredSet &set, const Shown &shown)
+JsonWriter document(const DeliveredSet &set, const Shown &shown)
 {
     JsonWriter json;
     json.beginObject();
@@ -105,7 +105,7 @@ QByteArray document(const DeliveredSet &set, const Shown &shown)
     }
     json.endArray();
     json.endObject();
-    return json.text();
+    return json;
 }
 
 QString writeArray(const Shown &shown, const QString &path)
@@ -123,7 +123,7 @@ QString writeArray(const Shown &shown, const QString &path)
 
 QString deliverArray(const Shown &shown, const DeliveredSet &set, const QString &path)
 {
-    if (isSameFile(QFileInfo(path).absolutePath(), set.path()))
+    if (isSameInode(QFileInfo(path).absolutePath(), set.path()))
         return path + QStringLiteral(": lies inside the set of files; use another place");
     WholeFile file;
     QString fault = file.begin(path, {});

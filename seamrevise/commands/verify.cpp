@@ -1,7 +1,7 @@
 #include "commands/verify.h"
 
 #include "commands/delivered.h"
-#include "commands/jsonoutput.h"
+#include "commands/deliverydocument.h"
 #include "commands/optiontable.h"
 #include "delivery/verification.h"
 #include "store/sqlscreenstore.h"
@@ -46,7 +46,7 @@ private:
     int report();
 
     void printText() const;
-    QByteArray document() const;
+    JsonWriter document() const;
 
     int fail(ExitCode code, const QString &message) const
     {
@@ -145,7 +145,7 @@ void VerifyRun::printText() const
     m_out << "differences  " << m_differences.size() << '\n';
 }
 
-QByteArray VerifyRun::document() const
+JsonWriter VerifyRun::document() const
 {
     const Manifest &manifest = m_set.manifest();
     JsonWriter json;
@@ -177,7 +177,7 @@ QByteArray VerifyRun::document() const
     }
     json.endArray();
     json.endObject();
-    return json.text();
+    return json;
 }
 
 } // namespace

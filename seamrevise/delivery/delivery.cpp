@@ -28,7 +28,7 @@ QString directoryFault(const Place &place)
         return {};
     if (kind != EntryKind::Directory)
         return path + QStringLiteral(": is not a directory");
-    if (isSameFile(path, QDir::currentPath()))
+    if (isSameInode(path, QDir::currentPath()))
         return path + QStringLiteral(": is the current directory; it cannot be replaced");
     if (isMountPoint(path))
         return path + QStringLiteral(": is a mount point; use a directory below it");
@@ -43,7 +43,7 @@ QString foreignEntry(const QString &directory, const QStringList &inputs)
     const bool isAny = isDelivery(directory);
     for (const QString &name : entriesOf(directory)) {
         const QString path = directory + QLatin1Char('/') + name;
-        const QString input = sameFileAmong(inputs, path);
+        const QString input = sameInodeAmong(inputs, path);
         if (!input.isEmpty())
             return path + QStringLiteral(": is the same file as ") + input;
         if (isAny && entryKind(path) != EntryKind::File)

@@ -91,7 +91,7 @@ QStringList entriesOf(const QString &directory)
         QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
 }
 
-bool isSameFile(const QString &first, const QString &second)
+bool isSameInode(const QString &first, const QString &second)
 {
     struct stat one = {};
     struct stat other = {};
@@ -100,10 +100,10 @@ bool isSameFile(const QString &first, const QString &second)
         && one.st_ino == other.st_ino;
 }
 
-QString sameFileAmong(const QStringList &paths, const QString &path)
+QString sameInodeAmong(const QStringList &paths, const QString &path)
 {
     for (const QString &candidate : paths) {
-        if (isSameFile(candidate, path))
+        if (isSameInode(candidate, path))
             return candidate;
     }
     return {};

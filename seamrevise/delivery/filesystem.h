@@ -31,10 +31,10 @@ EntryKind entryKind(const QString &path);
 QStringList entriesOf(const QString &directory);
 
 /// Whether two names, links followed, lead to one file. False where one does not exist.
-bool isSameFile(const QString &first, const QString &second);
+bool isSameInode(const QString &first, const QString &second);
 
 /// The first of the paths that leads to the same file; empty if none does.
-QString sameFileAmong(const QStringList &paths, const QString &path);
+QString sameInodeAmong(const QStringList &paths, const QString &path);
 
 bool isMountPoint(const QString &directory);
 

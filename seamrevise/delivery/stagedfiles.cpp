@@ -10,7 +10,7 @@ namespace
 
 QString fileRefusal(const QString &path, const QStringList &inputs)
 {
-    const QString input = sameFileAmong(inputs, path);
+    const QString input = sameInodeAmong(inputs, path);
     if (!input.isEmpty())
         return path + QStringLiteral(": is the same file as ") + input;
     switch (entryKind(path)) {

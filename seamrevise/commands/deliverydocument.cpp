@@ -1,7 +1,7 @@
-#include "commands/jsonoutput.h"
+#include "commands/deliverydocument.h"
 
+#include "commands/outputfiles.h"
 #include "delivery/filesystem.h"
-#include "delivery/stagedfiles.h"
 #include "store/screenlayout.h"
 
 #include <QFileInfo>
@@ -32,22 +32,17 @@ void writePair(JsonWriter &json, const char *key, const baseCommon::NQSize &size
 
 } // namespace
 
-QString writeDocument(const CommonOptions &options, const JsonSurroundings &around,
-                      const QByteArray &document, std::ostream &out)
+QString writeDocument(const CommonOptions &options, const DocumentSurroundings &around,
+                      const JsonWriter &json, std::ostream &out)
 {
-    if (options.jsonFile.isEmpty())
-        return {};
-    if (options.jsonFile == QLatin1String("-")) {
-        out << document.toStdString();
-        return {};
-    }
-    if (!sameFileAmong(around.directories, QFileInfo(options.jsonFile).absolutePath()).isEmpty())
-        return options.jsonFile + QStringLiteral(": lies inside a set of files; use another place");
-    WholeFile file;
-    QString fault = file.begin(options.jsonFile, around.inputs);
-    if (fault.isEmpty())
-        fault = writeSynced(file.path(), document);
-    return fault.isEmpty() ? file.commit() : fault;
+    const QString &path = options.jsonFile;
+    const bool isFile = !path.isEmpty() && path != QLatin1String("-");
+    const QString input = isFile ? sameInodeAmong(around.inputs, path) : QString();
+    if (!input.isEmpty())
+        return path + QStringLiteral(": is the same file as ") + input;
+    if (isFile && !sameInodeAmong(around.directories, QFileInfo(path).absolutePath()).isEmpty())
+        return path + QStringLiteral(": lies inside a set of files; use another place");
+    return writeDocument(options, json, out);
 }
 
 void writeWall(JsonWriter &json, const Manifest &manifest)

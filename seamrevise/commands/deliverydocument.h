@@ -5,27 +5,26 @@
 #include "delivery/verification.h"
 #include "exchange/jsonwriter.h"
 
-#include <QByteArray>
+#include <QString>
 #include <QStringList>
 
 #include <ostream>
 #include <vector>
 
-/// The JSON documents of commands, as far as they share something.
+/// The JSON documents of commands that are about deliveries, as far as they share something.
 namespace seamrevise
 {
 
 /// What a document must not be put over or into.
-struct JsonSurroundings
+struct DocumentSurroundings
 {
     QStringList inputs;
     QStringList directories;
 };
 
-/// Puts a document where --json wants it, if it was given. Empty, or why it failed, with the file's
-/// name. A regular file is replaced.
-QString writeDocument(const CommonOptions &options, const JsonSurroundings &around,
-                      const QByteArray &document, std::ostream &out);
+/// Puts a document where --json says, if it does. Empty, or why it failed, with the file's name.
+QString writeDocument(const CommonOptions &options, const DocumentSurroundings &around,
+                      const JsonWriter &json, std::ostream &out);
 
 /// The members `wall` and `partitions` of a delivered wall.
 void writeWall(JsonWriter &json, const Manifest &manifest);
