@@ -62,6 +62,7 @@ JsonWriter document(const DeliveredSet &first, const DeliveredSet &second,
     JsonWriter json;
     json.beginObject();
     json.member("schema", "seamrevise/1");
+    json.member("command", "compare");
     json.beginArray("directories", JsonWriter::Inline);
     json.value(first.path());
     json.value(second.path());

@@ -24,6 +24,7 @@ JsonWriter document(const RestoreOptions &options, const Restoration &restoratio
     JsonWriter json;
     json.beginObject();
     json.member("schema", "seamrevise/1");
+    json.member("command", "restore");
     json.member("directory", options.directory);
     json.member("restored", restoration.restoredName());
     if (restoration.keptName().isEmpty())

@@ -90,6 +90,7 @@ JsonWriter document(const DeliveredSet &set, const Shown &shown)
     JsonWriter json;
     json.beginObject();
     json.member("schema", "seamrevise/1");
+    json.member("command", "show");
     json.member("directory", set.path());
     writeWall(json, set.manifest());
     json.member("partition", shown.partition.number);

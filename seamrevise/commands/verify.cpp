@@ -151,6 +151,7 @@ JsonWriter VerifyRun::document() const
     JsonWriter json;
     json.beginObject();
     json.member("schema", "seamrevise/1");
+    json.member("command", "verify");
     json.member("directory", m_set.path());
     json.member("same", isAsAgreed());
     if (m_hasManifest) {
