@@ -435,6 +435,14 @@ TEST_F(KilledRuns, AreClearedUpWhereverTheyDied)
     }
 }
 
+TEST_F(DeliveryTest, TheProgramSaysThatItWasInterrupted)
+{
+    const Outcome outcome = shell("%p simulate %d/w.db --size 6000x4000 --grid 9x9 & sleep 0.5;"
+                                  " kill -TERM $!; wait $!");
+    EXPECT_EQ(outcome.code, 128 + SIGTERM);
+    EXPECT_EQ(outcome.printed, "seamrevise: interrupted\n");
+}
+
 TEST_F(DeliveryTest, WhereOutputCannotBeWrittenTheOldSetStays)
 {
     ASSERT_EQ(deliver(1), "");

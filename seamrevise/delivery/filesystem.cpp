@@ -8,8 +8,8 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <cstring>
 #include <filesystem>
+#include <future>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -65,7 +65,7 @@ private:
 
 QString systemFault(const QString &path, int errorNumber)
 {
-    return path + QStringLiteral(": ") + QString::fromLocal8Bit(std::strerror(errorNumber));
+    return path + QStringLiteral(": ") + qt_error_string(errorNumber);
 }
 
 EntryKind entryKind(const QString &path)
@@ -203,13 +203,14 @@ void forEachInParallel(int count, const std::function<void(int)> &call)
         for (int i = next++; i < count; i = next++)
             call(i);
     };
-    std::vector<std::thread> others;
+    // Where no thread can be had, a future runs when it is waited for.
+    std::vector<std::future<void>> others;
     const int threads = std::min(count, static_cast<int>(std::thread::hardware_concurrency()));
     for (int i = 1; i < threads; ++i)
-        others.emplace_back(work);
+        others.push_back(std::async(work));
     work();
-    for (std::thread &other : others)
-        other.join();
+    for (std::future<void> &other : others)
+        other.get();
 }
 
 } // namespace seamrevise
