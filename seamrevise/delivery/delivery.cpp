@@ -125,7 +125,7 @@ QString Delivery::begin(const Request &request)
     return fault.isEmpty() ? m_staging.make() : fault;
 }
 
-QString Delivery::addFile(const QString &name, const QByteArray &bytes)
+QString Delivery::addFile(const QString &name, const QByteArray &bytes) const
 {
     return writeSynced(path() + QLatin1Char('/') + name, bytes);
 }

@@ -39,7 +39,7 @@ public:
     /// Where the files of the set are written.
     QString path() const { return m_staging.path(); }
 
-    QString addFile(const QString &name, const QByteArray &bytes);
+    QString addFile(const QString &name, const QByteArray &bytes) const;
 
     /// Lists all files in the manifest, writes it, and waits until everything is on the disk.
     QString seal(Manifest &manifest);

@@ -54,8 +54,9 @@ QString FileLock::take(const QString &path, int openFlags, int operation, bool &
     for (;;) {
         release();
         m_path = path;
-        m_descriptor
-            = open(name.constData(), openFlags | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0666);
+        const int flags = openFlags | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+        // NOLINTNEXTLINE(cppcoreguidelines-pro-type-vararg): as it is declared
+        m_descriptor = open(name.constData(), flags, 0666);
         if (m_descriptor < 0 && errno == ENOENT && (openFlags & O_CREAT) == 0)
             return {}; // the writer has just ended
         if (m_descriptor < 0)

@@ -17,7 +17,6 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace seamrevise
@@ -28,8 +27,7 @@ namespace
 
 int renameByKernel(const char *from, const char *to, unsigned flag)
 {
-    const long result = syscall(SYS_renameat2, AT_FDCWD, from, AT_FDCWD, to, flag);
-    return result == 0 ? 0 : errno;
+    return renameat2(AT_FDCWD, from, AT_FDCWD, to, flag) == 0 ? 0 : errno;
 }
 
 RenameCall &renameCall()
@@ -43,6 +41,7 @@ class Descriptor
 {
 public:
     Descriptor(const QString &path, int flags)
+        // NOLINTNEXTLINE(cppcoreguidelines-pro-type-vararg): as it is declared
         : m_number(open(QFile::encodeName(path).constData(), flags | O_CLOEXEC, 0666))
     {
     }

@@ -6,13 +6,10 @@
 #include <atomic>
 #include <climits>
 #include <csignal>
-#include <cstring>
-#include <memory>
 
 #include <dirent.h>
 #include <fcntl.h>
 #include <pthread.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 // The handler removes files itself, while the thread that would write more of them stands still in
@@ -34,23 +31,35 @@ struct Slot
     Unfinished::What what;
 };
 
+// A signal handler is handed nothing, and reaches what is global only.
+// NOLINTBEGIN(cppcoreguidelines-avoid-non-const-global-variables)
 Slot unfinished[slotCount];
 std::atomic<int> heldCount{0};
 volatile std::sig_atomic_t waitingSignal = 0;
 pthread_t mainThread;
+// NOLINTEND(cppcoreguidelines-avoid-non-const-global-variables)
 
-/// Removes the files of an open directory.
-void removeFiles(int directory)
+/// Removes the files that one pass over an open directory meets; how many.
+int removeOnce(int directory)
 {
+    int removed = 0;
     alignas(dirent64) char block[4096];
-    long bytes = 0;
-    while ((bytes = syscall(SYS_getdents64, directory, block, sizeof(block))) > 0) {
-        for (long offset = 0; offset < bytes;) {
+    ssize_t bytes = 0;
+    while ((bytes = getdents64(directory, block, sizeof(block))) > 0) {
+        for (ssize_t offset = 0; offset < bytes;) {
             const auto *const entry = reinterpret_cast<const dirent64 *>(block + offset);
-            unlinkat(directory, entry->d_name, 0); // fails for . and ..
+            removed += unlinkat(directory, entry->d_name, 0) == 0 ? 1 : 0; // not . and ..
             offset += entry->d_reclen;
         }
     }
+    return removed;
+}
+
+/// A pass may miss names while others are removed.
+void removeFiles(int directory)
+{
+    while (removeOnce(directory) > 0)
+        lseek(directory, 0, SEEK_SET);
 }
 
 void removeUnfinished(const Slot &slot)
@@ -58,6 +67,7 @@ void removeUnfinished(const Slot &slot)
     if (slot.what == Unfinished::Files) {
         if (unlink(slot.path) == 0)
             return;
+        // NOLINTNEXTLINE(cppcoreguidelines-pro-type-vararg): as it is declared
         const int directory = open(slot.path, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
         if (directory >= 0) {
             removeFiles(directory);
@@ -107,14 +117,13 @@ void handleInterruptions()
 }
 
 Unfinished::Unfinished(const QString &path, What what)
-    : m_slot(-1)
 {
     const Uninterrupted held;
     const QByteArray name = QFile::encodeName(path);
     for (int slot = 0; slot < slotCount && m_slot < 0; ++slot) {
         if (unfinished[slot].path[0] == '\0' && name.size() < PATH_MAX) {
             unfinished[slot].what = what;
-            std::strcpy(unfinished[slot].path, name.constData());
+            std::copy_n(name.constData(), name.size() + 1, unfinished[slot].path);
             m_slot = slot;
         }
     }

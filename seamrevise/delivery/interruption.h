@@ -25,7 +25,7 @@ public:
     Unfinished &operator=(const Unfinished &) = delete;
 
 private:
-    int m_slot;
+    int m_slot = -1;
 };
 
 /// While it lives, an interruption waits: between two steps that belong together.

@@ -145,7 +145,7 @@ private:
     std::vector<int> integers(const QJsonObject &object, const char *key, int count)
     {
         std::vector<int> values;
-        for (const QJsonValue &value : array(object, key))
+        for (const QJsonValue value : array(object, key))
             values.push_back(inRange(wholeNumber(value)));
         require(values.size() == static_cast<std::size_t>(count));
         values.resize(static_cast<std::size_t>(count));
@@ -271,14 +271,14 @@ QString parseManifest(const QByteArray &text, Manifest &manifest)
     Reader reader;
     const QJsonObject document = QJsonDocument::fromJson(text).object();
     manifest.version = reader.text(document, "version");
-    for (const QJsonValue &word : reader.array(document, "command"))
+    for (const QJsonValue word : reader.array(document, "command"))
         manifest.command.push_back(word.toString());
     manifest.when = reader.text(document, "when");
     readWall(reader, reader.object(document, "wall"), manifest);
     manifest.isTable = reader.flag(document, "table");
-    for (const QJsonValue &entry : reader.array(document, "partitions"))
+    for (const QJsonValue entry : reader.array(document, "partitions"))
         manifest.partitions.push_back(readPartition(reader, entry.toObject(), manifest.screen));
-    for (const QJsonValue &entry : reader.array(document, "files"))
+    for (const QJsonValue entry : reader.array(document, "files"))
         manifest.files.push_back(readFile(reader, entry.toObject()));
     return reader.isRight() ? QString() : QStringLiteral("lacks something, or has it wrong");
 }

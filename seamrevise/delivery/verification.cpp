@@ -186,7 +186,7 @@ std::vector<Difference> compareLayout(const Manifest &manifest, const ScreenLayo
 std::optional<double> largest(const QJsonArray &seams, const QStringList &keys)
 {
     std::optional<double> most;
-    for (const QJsonValue &seam : seams) {
+    for (const QJsonValue seam : seams) {
         QJsonValue value = seam;
         for (const QString &key : keys)
             value = value.toObject().value(key);
