@@ -73,8 +73,9 @@ QString comparePartition(const DeliveredSet &first, const DeliveredSet &second,
 
 bool hasSamePlace(const ManifestPartition &one, const ManifestPartition *other)
 {
-    return other && one.rect.left() == other->rect.left() && one.rect.top() == other->rect.top()
-        && one.rect.right() == other->rect.right() && one.rect.bottom() == other->rect.bottom();
+    return other != nullptr && one.rect.left() == other->rect.left()
+        && one.rect.top() == other->rect.top() && one.rect.right() == other->rect.right()
+        && one.rect.bottom() == other->rect.bottom();
 }
 
 Difference lacking(const ManifestPartition &partition, const DeliveredSet &set)

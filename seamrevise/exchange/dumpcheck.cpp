@@ -4,6 +4,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <utility>
 
 namespace seamrevise
@@ -24,11 +25,8 @@ public:
     /// False as soon as a line is wrong.
     bool take(const QByteArray &bytes)
     {
-        for (const char letter : bytes) {
-            if (!take(letter))
-                return false;
-        }
-        return true;
+        return std::all_of(bytes.begin(), bytes.end(),
+                           [this](char letter) { return take(letter); });
     }
     bool isWhole() const { return m_lines == m_shape.lines + 1 && m_isLineStart; }
     qint64 line() const { return m_lines + 1; }
