@@ -45,8 +45,9 @@ std::vector<ValueRange> rangesOf(const Shown &shown)
         range.most = std::max(range.most, shown.values[i]);
         range.mean += shown.values[i];
     }
+    const std::size_t pixelCount = shown.values.size() / stride;
     for (ValueRange &range : ranges)
-        range.mean /= static_cast<double>(shown.values.size() / stride);
+        range.mean /= static_cast<double>(pixelCount);
     return ranges;
 }
 

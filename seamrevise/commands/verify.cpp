@@ -104,7 +104,7 @@ int VerifyRun::checkNumbers()
     if (!limits.open(QIODevice::ReadOnly))
         return fail(Exit_Input, limits.fileName() + QStringLiteral(": ") + limits.errorString());
     QFile numbers(m_set.path() + QStringLiteral("/numbers.json"));
-    const bool isThere = m_set.manifest().file(QStringLiteral("numbers.json"))
+    const bool isThere = m_set.manifest().file(QStringLiteral("numbers.json")) != nullptr
         && numbers.open(QIODevice::ReadOnly);
     if (!isThere)
         m_differences.push_back(
