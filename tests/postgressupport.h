@@ -26,8 +26,7 @@ inline QVariant executeOnServer(const QString &socketDir, const QString &wall, c
     return value;
 }
 
-/// One server. Its directory is that of its socket; it begins with "none: " and a reason where
-/// there is no server.
+/// One server, where there is one.
 class PostgresServer
 {
 public:
@@ -60,6 +59,12 @@ public:
         return QFile::exists(m_state) ? QString::fromUtf8(readFile(m_state)).trimmed()
                                       : QStringLiteral("none: ctest starts it");
     }
+    /// Why there is no server; empty if there is one.
+    std::string absence() const
+    {
+        return socketDir().startsWith("none") ? "no PostgreSQL server, " + socketDir().toStdString()
+                                              : std::string();
+    }
     QString address(const QString &wall, const QString &user = "station") const
     {
         return QStringLiteral("postgresql://%1@/postgres/%2?host=%3").arg(user, wall, socketDir());
@@ -69,7 +74,3 @@ private:
     const QString m_state;
     const bool m_isOwn = false;
 };
-
-#define SKIP_WITHOUT(server)                                                                       \
-    if ((server).socketDir().startsWith("none"))                                                   \
-    GTEST_SKIP() << "no PostgreSQL server: " << (server).socketDir().toStdString()

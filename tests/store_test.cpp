@@ -103,8 +103,8 @@ class Store : public Seamrevise, public ::testing::WithParamInterface<const char
 protected:
     void SetUp() override
     {
-        if (isServer())
-            SKIP_WITHOUT(m_server);
+        if (isServer() && !m_server.absence().empty())
+            GTEST_SKIP() << m_server.absence();
     }
     bool isServer() const { return QLatin1String(GetParam()) == "postgres"; }
     /// A wall of the test's own on the common server has the name of its directory.
@@ -362,7 +362,8 @@ using StorePostgres = Seamrevise;
 TEST_F(StorePostgres, RefusalsOfTheServerSayWhyAndNoPassword)
 {
     const PostgresServer server;
-    SKIP_WITHOUT(server);
+    if (!server.absence().empty())
+        GTEST_SKIP() << server.absence();
     const QString wall = QDir(m_dir.path()).dirName();
     const QString socketDir = server.socketDir();
     ASSERT_EQ(import(server.address(wall), smallWall, 1), "");
@@ -409,7 +410,8 @@ TEST_F(StorePostgres, RefusalsOfTheServerSayWhyAndNoPassword)
 TEST_F(StorePostgres, AServerThatCrashesLeavesWhatWasCommitted)
 {
     const PostgresServer server(m_dir.path());
-    SKIP_WITHOUT(server);
+    if (!server.absence().empty())
+        GTEST_SKIP() << server.absence();
     const QString wall = server.address("wall");
     ASSERT_EQ(import(wall, largeWall, 1), "");
     std::mt19937 random(1);
@@ -453,7 +455,8 @@ QString documentedScript(const QString &path)
 TEST_F(StorePostgres, EveryDocumentedCommandDoesWhatIsSaid)
 {
     const PostgresServer server(m_dir.path());
-    SKIP_WITHOUT(server);
+    if (!server.absence().empty())
+        GTEST_SKIP() << server.absence();
     const QString script = documentedScript(QStringLiteral(SOURCE_DIR "/docs/several-stations.md"));
     EXPECT_GT(script.count("seamrevise"), 10);
     const Outcome outcome = shell("cd %d; set -x; export PGUSER=station PGHOST="
@@ -603,7 +606,8 @@ double readingTime(const QString &wall)
 TEST_F(StorePostgres, ReadsAWallInTwiceTheTimeOfAFile)
 {
     const PostgresServer server;
-    SKIP_WITHOUT(server);
+    if (!server.absence().empty())
+        GTEST_SKIP() << server.absence();
     if (!qEnvironmentVariableIsSet("SEAMREVISE_LONG_TESTS"))
         GTEST_SKIP() << "a measurement, with SEAMREVISE_LONG_TESTS only";
     const QString walls[] = {in("%d/w.db"), server.address(QDir(m_dir.path()).dirName())};

@@ -116,6 +116,9 @@ public:
         m_database.setConnectOptions(connectOptions());
         if (!m_database.open())
             return message(m_database.lastError());
+        // By itself, libpq would write what the server remarks to the error output.
+        PQsetNoticeProcessor(
+            connection(), [](void *, const char *) {}, nullptr);
         QSqlQuery query(m_database);
         return query.exec(QStringLiteral("SET search_path TO ") + schemaName())
                 && query.exec(
