@@ -31,11 +31,8 @@ QRegularExpressionMatch findScheme(const QString &text)
 
 bool isKnown(const QString &key)
 {
-    for (const char *const known : knownParameters) {
-        if (key == QLatin1String(known))
-            return true;
-    }
-    return false;
+    return std::any_of(std::begin(knownParameters), std::end(knownParameters),
+                       [&](const char *known) { return key == QLatin1String(known); });
 }
 
 QString readPort(const QString &text, DatabaseAddress &address)

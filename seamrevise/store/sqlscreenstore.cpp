@@ -302,13 +302,12 @@ bool SqlScreenStore::removeMoved(const ScreenLayout &layout)
         if (query.lastError().isValid())
             return fail(0, query.lastError());
     }
-    for (const auto &[number, layerCount] : stored) {
-        if ((m_layout.partitions.count(number) == 0
-             || placeValues(m_layout, number) != placeValues(layout, number))
-            && !remove(number, layerCount))
-            return false;
-    }
-    return true;
+    return std::all_of(stored.begin(), stored.end(), [&](const auto &key) {
+        const auto [number, layerCount] = key;
+        const QVariantList place = placeValues(m_layout, number);
+        return (!place.isEmpty() && place == placeValues(layout, number))
+            || remove(number, layerCount);
+    });
 }
 
 bool SqlScreenStore::emptyWall()
