@@ -241,9 +241,21 @@ void checkUtf8(const std::vector<std::string> &words)
     }
 }
 
+/// No word with a password may be shown, whatever else is wrong with it.
+void checkPasswords(const std::vector<std::string> &words)
+{
+    for (const std::string &word : words) {
+        if (carriesPassword(QString::fromStdString(word)))
+            throw UsageError(QStringLiteral("a URL carries a password; passwords come from"
+                                            " PGPASSFILE or PGPASSWORD"),
+                             nullptr);
+    }
+}
+
 int dispatch(std::vector<std::string> words, bool errIsTerminal, std::ostream &out,
              std::ostream &err)
 {
+    checkPasswords(words);
     checkUtf8(words);
     if (words.empty())
         throw UsageError(QStringLiteral("name a command: ")

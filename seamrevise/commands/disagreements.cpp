@@ -1,5 +1,6 @@
 #include "commands/disagreements.h"
 
+#include "numbers/finding.h"
 #include "numbers/luminance.h"
 #include "store/sqlscreenstore.h"
 
@@ -60,9 +61,7 @@ const StoredKind *kindOf(const std::vector<StoredKind> &stored, int number, int 
 
 std::string percent(const std::optional<Disagreement> &disagreement)
 {
-    const QString text = disagreement
-        ? QStringLiteral("%1 %").arg(100.0 * disagreement->median, 0, 'f', 2)
-        : QStringLiteral("-  ");
+    const QString text = disagreement ? percentText(disagreement->median) : QStringLiteral("-  ");
     return text.rightJustified(11).toStdString();
 }
 

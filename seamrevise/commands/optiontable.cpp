@@ -1,6 +1,7 @@
 #include "commands/optiontable.h"
 
 #include "exchange/coefficients.h"
+#include "store/databaseaddress.h"
 
 #include <utility>
 
@@ -89,7 +90,17 @@ CLI::Option *addNumbers(CLI::App &app, const char *names, std::vector<int> &numb
 
 CLI::Option *addDatabase(CLI::App &app, QString &database)
 {
-    return addPath(app, "DATABASE", "", database, "the screen database")->required();
+    const auto take = [&database](const QString &text) {
+        QString fault;
+        parseAddress(text, fault);
+        if (!fault.isEmpty())
+            refuse(fault);
+        database = text;
+        return !text.isEmpty();
+    };
+    return addOption(app, "DATABASE", {"", QStringLiteral("a name")}, take,
+                     "the screen database: a file, or postgresql://USER@HOST:PORT/DATABASE/WALL")
+        ->required();
 }
 
 CLI::Option *addLayers(CLI::App &app, int &layerCount, const char *help)

@@ -15,12 +15,6 @@ namespace seamrevise
 namespace
 {
 
-void addKinds(const std::vector<StoredZone> &zones, int layerCount, std::vector<StoredKind> &kinds)
-{
-    for (const StoredZone &zone : zones)
-        kinds.push_back({zone, layerCount});
-}
-
 bool getLayered(SqlScreenStore &store, const StoredKind &kind, std::vector<qint32> &values)
 {
     MultiLayerCoefZoneInfo zone;
@@ -41,16 +35,11 @@ bool getLayered(SqlScreenStore &store, const StoredKind &kind, std::vector<qint3
 bool listStored(SqlScreenStore &store, std::vector<StoredKind> &kinds)
 {
     kinds.clear();
-    std::vector<StoredZone> zones;
-    std::vector<int> layerCounts;
-    if (!store.listZones(zones) || !store.listLayerCounts(layerCounts))
+    StoredInventory inventory;
+    if (!store.readInventory(inventory))
         return false;
-    addKinds(zones, 0, kinds);
-    for (const int layerCount : layerCounts) {
-        if (!store.listZonesOfLayers(layerCount, zones))
-            return false;
-        addKinds(zones, layerCount, kinds);
-    }
+    for (const StoredInventory::Coefficients &stored : inventory.coefficients)
+        kinds.push_back({{stored.number, stored.rect}, stored.layerCount});
     std::sort(kinds.begin(), kinds.end(), [](const StoredKind &first, const StoredKind &second) {
         return std::tie(first.zone.number, first.layerCount)
             < std::tie(second.zone.number, second.layerCount);

@@ -29,12 +29,6 @@ constexpr bool isLayeredCount(qint64 pixelValues)
     return pixelValues > 0 && pixelValues % 3 == 0 && pixelValues / 3 <= mostLayers;
 }
 
-/// Bytes a pixel, as they are stored.
-constexpr int bytesPerPixel(int layerCount)
-{
-    return layerCount == 0 ? 9 * 2 : 3 * 4 * layerCount;
-}
-
 /// The coefficients of a rectangle, pixels row by row.
 struct Coefficients
 {

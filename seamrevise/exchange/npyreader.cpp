@@ -1,7 +1,7 @@
 #include "exchange/npyreader.h"
 
 #include "exchange/npyheader.h"
-#include "store/sqlscreenstore.h"
+#include "store/inventory.h"
 
 #include <QtEndian>
 
@@ -136,7 +136,7 @@ void ArrayReader::checkLayers()
 void ArrayReader::checkLength()
 {
     const qint64 pixels = m_wanted.rows * m_wanted.columns;
-    if (pixels > largestZoneBytes / (bytesPerPixel(m_layerCount))) {
+    if (pixels > largestZoneBytes / (storedPixelBytes(m_layerCount))) {
         m_faults += QStringLiteral("the zone is larger than one database value holds");
         return;
     }

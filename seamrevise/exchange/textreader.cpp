@@ -1,6 +1,6 @@
 #include "exchange/textreader.h"
 
-#include "store/sqlscreenstore.h"
+#include "store/inventory.h"
 
 #include <array>
 #include <charconv>
@@ -134,7 +134,7 @@ bool TextReader::chooseLayers()
     m_coefficients.layerCount = layerCount;
     if (m_wanted.layerCount.value_or(layerCount) != layerCount)
         return fault(otherKindText(layerCount, *m_wanted.layerCount));
-    return m_wanted.rows * m_wanted.columns <= largestZoneBytes / bytesPerPixel(layerCount)
+    return m_wanted.rows * m_wanted.columns <= largestZoneBytes / storedPixelBytes(layerCount)
         || fault(QStringLiteral("the zone is larger than one database value holds"));
 }
 

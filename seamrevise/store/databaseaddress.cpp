@@ -93,6 +93,11 @@ QString readQuery(const QString &text, DatabaseAddress &address)
 
 } // namespace
 
+bool isUrl(const QString &address)
+{
+    return findScheme(address).capturedStart() == 0;
+}
+
 bool carriesPassword(const QString &word)
 {
     const QRegularExpressionMatch scheme = findScheme(word);
@@ -114,8 +119,7 @@ DatabaseAddress parseAddress(const QString &text, QString &fault)
     DatabaseAddress address;
     address.text = text;
     fault.clear();
-    const QRegularExpressionMatch scheme = findScheme(text);
-    address.isUrl = scheme.hasMatch() && scheme.capturedStart() == 0;
+    address.isUrl = isUrl(text);
     if (!address.isUrl)
         return address;
     if (carriesPassword(text)) {
@@ -124,7 +128,7 @@ DatabaseAddress parseAddress(const QString &text, QString &fault)
             "its URL carries a password; passwords come from PGPASSFILE or PGPASSWORD");
         return address;
     }
-    const QString rest = text.mid(scheme.capturedEnd());
+    const QString rest = text.mid(findScheme(text).capturedEnd());
     const QString place = rest.section(QLatin1Char('?'), 0, 0);
     fault = readAuthority(place.section(QLatin1Char('/'), 0, 0), address);
     if (fault.isEmpty())

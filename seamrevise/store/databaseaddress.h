@@ -30,6 +30,8 @@ struct DatabaseAddress
 /// empty if nothing is.
 DatabaseAddress parseAddress(const QString &text, QString &fault);
 
+bool isUrl(const QString &address);
+
 /// Whether a word of a command line carries a URL with a password. Such a word is to be refused
 /// and never shown.
 bool carriesPassword(const QString &word);

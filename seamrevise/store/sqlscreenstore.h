@@ -101,9 +101,8 @@ public:
     /// Lists the stored zones and checks that each has as many bytes as its rectangle needs,
     /// without reading them.
     bool listZones(std::vector<StoredZone> &zones);
-    /// The same for layered zones of one layer count.
-    bool listZonesOfLayers(int layerCount, std::vector<StoredZone> &zones);
-    /// The same; a partition that is stored with other layer counts only is an error.
+    /// The same for layered zones of one layer count; a partition that is stored with other layer
+    /// counts only is an error.
     bool listLayeredZones(int layerCount, std::vector<StoredZone> &zones);
     /// Lists the layer counts with which any partition is stored, in ascending order.
     bool listLayerCounts(std::vector<int> &layerCounts);

@@ -1,4 +1,4 @@
-#include "commands/passingfile.h"
+#include "store/passingfile.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -33,12 +33,16 @@ PassingFile::PassingFile(const QString &finalPath)
     remove();
 }
 
-std::string PassingFile::moveToFinalName() const
+QString PassingFile::moveToFinalName(bool mayReplace) const
 {
+    if (!mayReplace) { // not even a file that has come meanwhile
+        QFile file(m_path);
+        return file.rename(m_finalPath) ? QString() : file.errorString();
+    }
     std::error_code error;
     std::filesystem::rename(QFile::encodeName(m_path).toStdString(),
                             QFile::encodeName(m_finalPath).toStdString(), error);
-    return error ? error.message() : std::string();
+    return QString::fromStdString(error ? error.message() : std::string());
 }
 
 /// What processes that no longer exist have left of the same file.

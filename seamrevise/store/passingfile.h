@@ -2,8 +2,6 @@
 
 #include <QString>
 
-#include <string>
-
 namespace seamrevise
 {
 
@@ -19,8 +17,9 @@ public:
 
     const QString &path() const { return m_path; }
 
-    /// Replaces the file of the final name, if there is one. Empty, or what went wrong.
-    std::string moveToFinalName() const;
+    /// Replaces the file of the final name, if there is one and that is wanted. Empty, or what
+    /// went wrong.
+    QString moveToFinalName(bool mayReplace) const;
 
 private:
     void removeStale() const;
