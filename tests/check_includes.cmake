@@ -16,14 +16,15 @@ set(room_of_partitionmerge.h singlelayer)
 set(room_of_multilayerpartitionmerge.h multilayer)
 
 # The program knows the library by its public headers.
-set(program_rooms store numbers delivery exchange pictures simulation engines commands)
+set(program_rooms threads store numbers delivery exchange pictures simulation engines commands)
+set(arrows_threads "")
 set(arrows_store "")
-set(arrows_numbers store)
+set(arrows_numbers store threads)
 set(arrows_exchange store)
-set(arrows_delivery store exchange)
+set(arrows_delivery store exchange threads)
 set(arrows_pictures store numbers)
 set(arrows_simulation store)
-set(arrows_engines store numbers exchange)
+set(arrows_engines store numbers exchange threads)
 set(arrows_commands ${program_rooms})
 
 # room_of_file(FILE TREE ROOM): the path from the top of the tree; the program's main is a command.

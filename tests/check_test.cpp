@@ -1,6 +1,7 @@
 #include "commands/loglines.h"
 #include "engines/coefkind.h"
 #include "store/sqlscreenstore.h"
+#include "threads/parallel.h"
 
 #include "programsupport.h"
 
@@ -10,6 +11,9 @@
 #include <QJsonObject>
 
 #include <gtest/gtest.h>
+
+#include <atomic>
+#include <new>
 
 using namespace seamrevise;
 
@@ -250,6 +254,36 @@ TEST_F(Check, DocumentsSayWhatIsDelivered)
                 QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex().constData());
         }
     }
+}
+
+TEST_F(Check, AnyNumberOfJobsFindsTheSame)
+{
+    makeWall();
+    const auto found = [&](const QString &jobs) {
+        QJsonObject document = this->document(1, "check %d/w.db --layers 2" + jobs);
+        document.remove("seconds");
+        document.remove("seconds_of_parts");
+        return QJsonDocument(document).toJson().toStdString();
+    };
+    const std::string one = found(" --jobs 1");
+    EXPECT_EQ(found(" --jobs 7"), one);
+    EXPECT_EQ(found(""), one);
+    expect(2, "check %d/w.db --jobs 0", "--jobs takes a number from 1");
+}
+
+TEST(Parallel, CallsOnceForEachNumberAndPassesOnWhatIsThrown)
+{
+    for (const int jobs : {0, 1, 2, 9}) {
+        setJobs(jobs);
+        for (const int count : {0, 1, 2, 100}) {
+            std::vector<std::atomic<int>> calls(static_cast<std::size_t>(count));
+            forEachInParallel(count, [&](int i) { ++calls[static_cast<std::size_t>(i)]; });
+            for (const auto &number : calls)
+                EXPECT_EQ(number, 1);
+        }
+        EXPECT_THROW(forEachInParallel(5, [](int) { throw std::bad_alloc(); }), std::bad_alloc);
+    }
+    setJobs(0);
 }
 
 TEST_F(Check, DocumentsReplaceNeitherInputNorOutput)

@@ -16,6 +16,7 @@
 #include "commands/upgrade.h"
 #include "commands/verify.h"
 #include "store/databaseaddress.h"
+#include "threads/parallel.h"
 
 #include <CLI/CLI.hpp> // App.hpp only declares what making an App needs
 
@@ -227,6 +228,7 @@ int runAs(const Call &call)
     if (version->count() != 0)
         return showVersion(call.out);
     options.common.showProgress = call.errIsTerminal && !options.common.quiet;
+    setJobs(options.common.jobs.value_or(0));
     const LogLines log(options.common.verbose ? &call.err : nullptr);
     return command(options, call.out, call.err);
 }

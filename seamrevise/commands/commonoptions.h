@@ -2,6 +2,8 @@
 
 #include <QString>
 
+#include <optional>
+
 namespace seamrevise
 {
 
@@ -11,6 +13,7 @@ struct CommonOptions
     bool quiet = false;        ///< no summary, no progress and no warnings
     bool verbose = false;      ///< the log lines of the library on err
     QString jsonFile;          ///< where the JSON document goes: "-" is out; empty: nowhere
+    std::optional<int> jobs;   ///< threads for work beside the engine; one a processor if not given
     bool showProgress = false; ///< err is a terminal, and quiet is off
 
     /// Whether out gets text to read; not when it gets the document.

@@ -11,6 +11,8 @@ namespace seamrevise
 namespace
 {
 
+constexpr int mostJobs = 1024;
+
 /// The long one of "-o,--output".
 QString longName(const char *names)
 {
@@ -116,6 +118,8 @@ void addCommonOptions(CLI::App &app, CommonOptions &options)
     addPath(app, "--json", "FILE", options.jsonFile,
             "write what came of it as a JSON document; - is the standard output, and the text is"
             " left out then");
+    addNumber(app, "--jobs", "COUNT", options.jobs, 1, mostJobs,
+              "cores for what runs beside the engine; all of them if not given");
 }
 
 } // namespace seamrevise

@@ -6,12 +6,9 @@
 #include <QFileInfo>
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <filesystem>
-#include <future>
 #include <system_error>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -193,23 +190,6 @@ int renameEntry(const QString &from, const QString &to, RenameFlag flag)
 void setRenameCall(RenameCall call)
 {
     renameCall() = call ? std::move(call) : renameByKernel;
-}
-
-void forEachInParallel(int count, const std::function<void(int)> &call)
-{
-    std::atomic<int> next{0};
-    const auto work = [&] {
-        for (int i = next++; i < count; i = next++)
-            call(i);
-    };
-    // Where no thread can be had, a future runs when it is waited for.
-    std::vector<std::future<void>> others;
-    const int threads = std::min(count, static_cast<int>(std::thread::hardware_concurrency()));
-    for (int i = 1; i < threads; ++i)
-        others.push_back(std::async(work));
-    work();
-    for (std::future<void> &other : others)
-        other.get();
 }
 
 } // namespace seamrevise

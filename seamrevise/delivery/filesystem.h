@@ -70,8 +70,4 @@ int renameEntry(const QString &from, const QString &to, RenameFlag flag);
 using RenameCall = std::function<int(const char *from, const char *to, unsigned flag)>;
 void setRenameCall(RenameCall call);
 
-/// Calls a function for 0 to count - 1 on as many threads as there are processors. What it throws
-/// is thrown here, after all of them have ended.
-void forEachInParallel(int count, const std::function<void(int)> &call);
-
 } // namespace seamrevise

@@ -3,6 +3,7 @@
 #include "delivery/deliveredset.h"
 #include "delivery/filesystem.h"
 #include "store/sqlscreenstore.h"
+#include "threads/parallel.h"
 
 #include <seamrevision/multilayercoefzoneinfo.h>
 

@@ -3,6 +3,7 @@
 #include "engines/linehash.h"
 #include "engines/zonevalues.h"
 #include "numbers/measurements.h"
+#include "threads/parallel.h"
 
 #include <QMap>
 
@@ -74,17 +75,20 @@ public:
         }
     }
 
-    /// The zones after all seams are revised; what was kept of them is given up.
+    /// The zones after all seams are revised; what was kept of them is given up. Partitions share
+    /// no value of what is measured.
     void zonesRevised(const QMap<int, Zone *> &zones)
     {
-        for (const int number : m_plan.corrected) {
+        const std::vector<int> numbers(m_plan.corrected.begin(), m_plan.corrected.end());
+        forEachInParallel(static_cast<int>(numbers.size()), [&](int i) {
+            const int number = numbers[static_cast<std::size_t>(i)];
             const Zone &zone = *zones.value(number);
-            compare(number, zone);
-            m_before.erase(number);
+            compare(zone, m_before.at(number), number, m_measured.changes.at(number));
+            m_before.at(number) = Before();
             const NQRect &own = m_plan.layout.partitions.at(number);
             for (auto &[strip, light] : m_measured.strips)
                 measure(zone, strip, shared(strip.rect, own), m_plan.deliveredCap, light.delivered);
-        }
+        });
     }
 
     const WallMeasurements &measured() const { return m_measured; }
@@ -203,10 +207,8 @@ private:
         });
     }
 
-    void compare(int number, const Zone &zone)
+    void compare(const Zone &zone, const Before &before, int number, ChangeAccount &account) const
     {
-        const Before &before = m_before[number];
-        ChangeAccount &account = m_measured.changes[number];
         auto hash = before.hashes.begin();
         const Value *kept = before.values.data();
         forEachOwnSegment(number, zone, [&](std::size_t first, std::size_t count, bool outside) {

@@ -1,5 +1,7 @@
 #include "numbers/wallnumbers.h"
 
+#include "threads/parallel.h"
+
 namespace seamrevise
 {
 
@@ -26,26 +28,40 @@ QString hindrance(const WallPlan &plan, const Strip &strip)
     return {};
 }
 
+bool isSame(const SeamPair &one, const SeamPair &other)
+{
+    return one.current == other.current && one.next == other.next;
+}
+
+/// A seam before anything is measured of it.
+SeamReport reportOf(const WallPlan &plan, const Strip &strip)
+{
+    SeamReport report;
+    report.strip = strip;
+    report.reason = hindrance(plan, strip);
+    report.revised = report.reason.isEmpty();
+    return report;
+}
+
 } // namespace
 
 WallNumbers wallNumbers(const WallPlan &plan, const WallMeasurements &measured)
 {
     WallNumbers numbers;
-    auto next = measured.strips.begin();
+    std::vector<std::size_t> places; // of the measured strips among the seams
     for (const SeamPair &seam : seamsOf(plan.layout.grid)) {
-        SeamReport report;
-        report.strip = stripOf(plan.layout, seam, plan.band);
-        report.reason = hindrance(plan, report.strip);
-        report.revised = report.reason.isEmpty();
-        const bool isMeasured = next != measured.strips.end()
-            && next->strip.seam.current == seam.current && next->strip.seam.next == seam.next;
-        if (isMeasured) {
-            report.numbers = seamNumbers(next->strip, next->light, plan.margin, plan.stepLimit);
-            report.shift = misregistration(next->strip, next->light);
-            ++next;
-        }
-        numbers.seams.push_back(report);
+        const Strip strip = stripOf(plan.layout, seam, plan.band);
+        if (places.size() < measured.strips.size()
+            && isSame(measured.strips[places.size()].strip.seam, seam))
+            places.push_back(numbers.seams.size());
+        numbers.seams.push_back(reportOf(plan, strip));
     }
+    forEachInParallel(static_cast<int>(places.size()), [&](int i) {
+        const auto &[strip, light] = measured.strips[static_cast<std::size_t>(i)];
+        SeamReport &report = numbers.seams[places[static_cast<std::size_t>(i)]];
+        report.numbers = seamNumbers(strip, light, plan.margin, plan.stepLimit);
+        report.shift = misregistration(strip, light);
+    });
     for (const auto &entry : measured.changes)
         numbers.changes += entry.second;
     return numbers;

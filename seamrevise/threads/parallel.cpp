@@ -1,0 +1,51 @@
+#include "threads/parallel.h"
+
+#include <algorithm>
+#include <atomic>
+#include <future>
+#include <thread>
+#include <vector>
+
+namespace seamrevise
+{
+
+namespace
+{
+
+int &jobLimit()
+{
+    static int jobs = 0;
+    return jobs;
+}
+
+int threadsFor(int count)
+{
+    const int most
+        = jobLimit() > 0 ? jobLimit() : static_cast<int>(std::thread::hardware_concurrency());
+    return std::min(count, most);
+}
+
+} // namespace
+
+void setJobs(int jobs)
+{
+    jobLimit() = jobs;
+}
+
+void forEachInParallel(int count, const std::function<void(int)> &call)
+{
+    std::atomic<int> next{0};
+    const auto work = [&] {
+        for (int i = next++; i < count; i = next++)
+            call(i);
+    };
+    // Where no thread can be had, a future runs when it is waited for.
+    std::vector<std::future<void>> others;
+    for (int i = 1; i < threadsFor(count); ++i)
+        others.push_back(std::async(work));
+    work();
+    for (std::future<void> &other : others)
+        other.get();
+}
+
+} // namespace seamrevise
