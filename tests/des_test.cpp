@@ -1,5 +1,6 @@
 #include "cipher/bitslice.h"
 #include "cipher/cbc.h"
+#include "cipher/chains.h"
 #include <seamrevision/des.h>
 
 #include <gtest/gtest.h>
@@ -62,6 +63,42 @@ std::map<const char *, des::DecryptCbc> implementations()
     return all;
 }
 
+/// nullptr for one chain after the other, which is always there.
+std::map<const char *, const des::LaneKernel *> kernels()
+{
+    std::map<const char *, const des::LaneKernel *> all{{"one by one", nullptr}};
+    for (const auto &[name, kernel] :
+         {std::pair("AVX2", des::avx2Lanes()), std::pair("AVX-512", des::avx512Lanes())}) {
+        if (kernel)
+            all[name] = kernel;
+    }
+    return all;
+}
+
+/// Enciphers messages as chains, from and to places one byte off. Empty where a byte beside a
+/// ciphertext was written.
+std::vector<Bytes> encryptTogether(const Bytes &key, const std::vector<Bytes> &messages,
+                                   const des::LaneKernel *kernel)
+{
+    std::vector<des::Chain> chains;
+    std::vector<Bytes> out;
+    for (const Bytes &message : messages)
+        out.emplace_back(des::paddedSize(message.size()) + 2, 0xa5);
+    for (std::size_t i = 0; i < messages.size(); ++i) {
+        const auto read = [next = messages[i].begin()](unsigned char *bytes, auto count) mutable {
+            std::copy_n(next, count, bytes);
+            next += static_cast<std::ptrdiff_t>(count);
+        };
+        chains.push_back({messages[i].size(), read, out[i].data() + 1});
+    }
+    des::encryptChains(des::keySchedule(key.data()), des::loadBlock(key.data()), chains, kernel);
+    for (Bytes &bytes : out) {
+        const bool keptInside = bytes.front() == 0xa5 && bytes.back() == 0xa5;
+        bytes = keptInside ? Bytes(bytes.begin() + 1, bytes.end() - 1) : Bytes();
+    }
+    return out;
+}
+
 } // namespace
 
 TEST(Des, SingleBlocksAreThePublishedAnswers)
@@ -73,6 +110,15 @@ TEST(Des, SingleBlocksAreThePublishedAnswers)
         Bytes cipher(des::blockBytes);
         des::encryptCbc(keys, 0, answer[1].data(), cipher.data(), 1);
         EXPECT_EQ(cipher, answer[2]);
+        // Chains begin with their key here, which a block without a vector takes off again.
+        Bytes block = answer[1];
+        std::transform(block.begin(), block.end(), answer[0].begin(), block.begin(),
+                       [](unsigned int a, unsigned int b) { return a ^ b; });
+        for (const auto &[name, kernel] : kernels()) {
+            for (const Bytes &out :
+                 encryptTogether(answer[0], std::vector<Bytes>(70, block), kernel))
+                ASSERT_TRUE(std::equal(cipher.begin(), cipher.end(), out.begin())) << name;
+        }
         // The same block twice, since only the second one reaches a batch.
         cipher.insert(cipher.end(), answer[2].begin(), answer[2].end());
         for (const auto &[name, decrypt] : implementations()) {
@@ -121,6 +167,38 @@ TEST(Des, EveryImplementationUndoesEncryptionAtAnyLengthAndAlignment)
             EXPECT_TRUE(std::equal(plain.begin() + 1, plain.end() - 1, message.begin() + 1))
                 << name << ", " << count << " blocks, seed " << seed;
             EXPECT_TRUE(plain.front() == 0xa5 && plain.back() == 0xa5) << name;
+        }
+    }
+}
+
+TEST(Des, ChainsOfAnyNumberAndLengthsAreTheMessagesEncipheredOneByOne)
+{
+    const std::size_t piece = des::pieceBlocks * des::blockBytes;
+    const struct
+    {
+        const char *name;
+        std::size_t (*sizeOf)(std::size_t chain);
+    } rows[] = {
+        {"0 to 69 blocks", [](std::size_t chain) { return chain * 31 % 70 * 8; }},
+        {"0 to 69 bytes", [](std::size_t chain) { return chain * 31 % 70; }},
+        {"all alike", [](std::size_t) { return piece + 7; }},
+        {"around pieces", [](std::size_t chain) { return chain % 4 * piece + chain % 10; }},
+        {"one that is longer", [](std::size_t chain) { return chain == 1 ? 5 * piece : 200; }},
+    };
+    const Bytes key(fileKey.begin(), fileKey.end());
+    for (const auto &row : rows) {
+        std::vector<Bytes> messages;
+        std::vector<Bytes> expected;
+        for (std::size_t chain = 1; chain <= 70; ++chain) {
+            messages.push_back(randomBytes(row.sizeOf(chain) + chain));
+            messages.back().resize(row.sizeOf(chain));
+            DES().DESEncrypt(fileKey, fileKey, messages.back(), expected.emplace_back());
+        }
+        for (; !messages.empty(); messages.pop_back(), expected.pop_back()) {
+            for (const auto &[name, kernel] : kernels()) {
+                ASSERT_EQ(encryptTogether(key, messages, kernel), expected)
+                    << name << ", " << messages.size() << " chains, " << row.name;
+            }
         }
     }
 }

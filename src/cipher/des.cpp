@@ -2,6 +2,7 @@
 
 #include "cipher/bitslice.h"
 #include "cipher/cbc.h"
+#include "cipher/padding.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -22,17 +23,6 @@ bool haveBlockLength(const std::string &key, const std::string &iv)
     return key.size() == blockBytes && iv.size() == blockBytes;
 }
 
-/// How many bytes of padding end the last block, 0 when it is not padding.
-std::size_t paddingOf(const unsigned char *lastBlock)
-{
-    const std::size_t count = lastBlock[blockBytes - 1];
-    if (count == 0 || count > blockBytes)
-        return 0;
-    const bool alike = std::all_of(lastBlock + blockBytes - count, lastBlock + blockBytes,
-                                   [count](unsigned char byte) { return byte == count; });
-    return alike ? count : 0;
-}
-
 } // namespace
 
 bool DES::DESEncrypt(const std::string &key, const std::string &iv,
@@ -48,10 +38,10 @@ bool DES::DESEncrypt(const std::string &key, const std::string &iv,
     const std::size_t restBytes = in.size() - wholeBytes;
 
     unsigned char lastBlock[blockBytes];
-    std::fill_n(lastBlock, blockBytes, static_cast<unsigned char>(blockBytes - restBytes));
     std::copy_n(in.begin() + static_cast<std::ptrdiff_t>(wholeBytes), restBytes, lastBlock);
+    appendPadding(lastBlock, restBytes);
 
-    std::vector<unsigned char> result(wholeBytes + blockBytes);
+    std::vector<unsigned char> result(paddedSize(in.size()));
     const Block chain
         = encryptCbc(keys, loadBlock(bytesOf(iv)), in.data(), result.data(), wholeBlocks);
     encryptCbc(keys, chain, lastBlock, result.data() + wholeBytes, 1);
