@@ -7,10 +7,8 @@ namespace seamrevision::des
 namespace
 {
 
-/// A half block with E of FIPS 46-3 already applied: eight fields of eight bits, the field of S8
-/// in bits 3 to 10, that of S7 in bits 11 to 18 and so on, that of S1 round the end of the word.
-/// A field has the six bits of its S-box below two bits that say which of four tables is meant.
-/// In bits 3 to 10 a field is the byte offset of its table entry.
+/// A half block with E of FIPS 46-3 already applied: a byte for each S-box, that of S8 lowest, with
+/// the six bits of the box below two zeros.
 ///
 /// Sums of half blocks are sums of their expanded forms, so the rounds never leave this form, and
 /// a single XOR adds a round key.
@@ -31,13 +29,6 @@ struct RoundKeys
     std::array<Expanded, roundCount> carried{};
 };
 
-constexpr std::size_t tablesTogether = 4;
-using BoxTables = std::array<Expanded, tablesTogether * 64>;
-
-/// The table numbers of all fields: 0 to 3 for S8 to S5, and again for S4 to S1. They are added
-/// once; whatever the rounds add is 0 in these bits, and the final permutation drops them.
-constexpr Expanded tableNumbers = 0x0402000604020006U;
-
 constexpr Expanded rotateLeft(Expanded value, int count)
 {
     return (value << count) | (value >> (64 - count));
@@ -47,8 +38,8 @@ constexpr Expanded rotateLeft(Expanded value, int count)
 /// the last bit of the one before it and the first bit of the one after it.
 constexpr Expanded expand(std::uint64_t nibbles)
 {
-    return rotateLeft(nibbles, 4) | (nibbles & 0x0101010101010101U)
-        | (rotateLeft(nibbles, 8) & 0x0808080808080808U);
+    return (nibbles << 1) | rotateLeft(nibbles & 0x0101010101010101U, 61)
+        | rotateLeft(nibbles & 0x0808080808080808U, 5);
 }
 
 /// The place of bit 1 to 32 of half a block when its groups of four lie in the low half of bytes.
@@ -70,25 +61,52 @@ constexpr Expanded answerOf(int box, unsigned sixBits)
     return expand(nibbles);
 }
 
-/// The answers of four S-boxes, the last one first.
-constexpr BoxTables boxTables(int lastBox)
+/// Boxes are looked up in pairs, 16 bits of a half block at a time: its low byte is an index into
+/// the table of an even-numbered box, and the byte above it, where it stands, the offset in bytes
+/// of a row that has the answers of the four odd-numbered boxes. So four boxes need no shift.
+constexpr std::size_t pairCount = boxCount / 2;
+constexpr std::size_t rowBytes = 256;
+constexpr std::size_t rowEntries = rowBytes / sizeof(Expanded);
+using EvenBoxTable = std::array<Expanded, 64>;
+using OddBoxRows = std::array<Expanded, 64 * rowEntries>;
+
+/// The box whose byte is so far up a word.
+constexpr int boxOfByte(std::size_t byte)
 {
-    BoxTables tables{};
-    for (unsigned entry = 0; entry < tables.size(); ++entry)
-        tables[entry] = answerOf(lastBox - static_cast<int>(entry / 64), entry % 64);
-    return tables;
+    return boxCount - 1 - static_cast<int>(byte);
 }
 
-/// Two objects of their own, so that each is reached through a register of its own: an address
-/// made of two registers and nothing else is the quickest.
-constexpr BoxTables tablesOfBoxes8To5 = boxTables(7);
-constexpr BoxTables tablesOfBoxes4To1 = boxTables(3);
+constexpr EvenBoxTable evenBoxTable(std::size_t pair)
+{
+    EvenBoxTable table{};
+    for (unsigned sixBits = 0; sixBits < 64; ++sixBits)
+        table[sixBits] = answerOf(boxOfByte(2 * pair), sixBits);
+    return table;
+}
 
-/// The entry for the field that begins at bit 3 of a word.
-inline Expanded lookUp(const BoxTables &tables, std::uint64_t word)
+constexpr OddBoxRows oddBoxRows()
+{
+    OddBoxRows rows{};
+    for (unsigned sixBits = 0; sixBits < 64; ++sixBits) {
+        for (std::size_t pair = 0; pair < pairCount; ++pair)
+            rows[rowEntries * sixBits + pair] = answerOf(boxOfByte(2 * pair + 1), sixBits);
+    }
+    return rows;
+}
+
+constexpr std::array<EvenBoxTable, pairCount> evenBoxes
+    = {evenBoxTable(0), evenBoxTable(1), evenBoxTable(2), evenBoxTable(3)};
+constexpr OddBoxRows oddBoxes = oddBoxRows();
+
+inline Expanded evenAnswer(std::size_t pair, Expanded word)
+{
+    return evenBoxes[pair][word & 0xffU];
+}
+
+inline Expanded oddAnswer(std::size_t pair, Expanded word)
 {
     Expanded entry;
-    std::memcpy(&entry, reinterpret_cast<const char *>(tables.data()) + (word & 0x7f8U),
+    std::memcpy(&entry, reinterpret_cast<const char *>(oddBoxes.data() + pair) + (word & 0x3f00U),
                 sizeof entry);
     return entry;
 }
@@ -97,17 +115,17 @@ inline Expanded lookUp(const BoxTables &tables, std::uint64_t word)
 ///
 /// The answers of different boxes have no bit in common, so that OR and XOR both unite them. OR
 /// in pairs and XOR of the pairs keeps the chain of sums short: of XOR alone a compiler strings
-/// eight together. The answer of S8 needs no shift and comes first.
+/// eight together.
 inline Expanded addCipherFunction(Expanded half, Expanded keyed)
 {
-    const Expanded s8 = lookUp(tablesOfBoxes8To5, keyed);
-    const Expanded s7 = lookUp(tablesOfBoxes8To5, keyed >> 8);
-    const Expanded s6 = lookUp(tablesOfBoxes8To5, keyed >> 16);
-    const Expanded s5 = lookUp(tablesOfBoxes8To5, keyed >> 24);
-    const Expanded s4 = lookUp(tablesOfBoxes4To1, keyed >> 32);
-    const Expanded s3 = lookUp(tablesOfBoxes4To1, keyed >> 40);
-    const Expanded s2 = lookUp(tablesOfBoxes4To1, keyed >> 48);
-    const Expanded s1 = lookUp(tablesOfBoxes4To1, rotateLeft(keyed, 8));
+    const Expanded s8 = evenAnswer(0, keyed);
+    const Expanded s7 = oddAnswer(0, keyed);
+    const Expanded s6 = evenAnswer(1, keyed >> 16);
+    const Expanded s5 = oddAnswer(1, keyed >> 16);
+    const Expanded s4 = evenAnswer(2, keyed >> 32);
+    const Expanded s3 = oddAnswer(2, keyed >> 32);
+    const Expanded s2 = evenAnswer(3, keyed >> 48);
+    const Expanded s1 = oddAnswer(3, keyed >> 48);
     return half ^ s8 ^ s7 ^ (s6 | s5) ^ (s4 | s3) ^ (s2 | s1);
 }
 
@@ -168,7 +186,7 @@ constexpr std::uint64_t spread(std::uint64_t bytes)
 
 constexpr std::uint64_t gather(Expanded half)
 {
-    const std::uint64_t nibbles = rotateLeft(half, 60) & 0x0f0f0f0f0f0f0f0fU;
+    const std::uint64_t nibbles = (half >> 1) & 0x0f0f0f0f0f0f0f0fU;
     return (nibbles | (nibbles >> 4)) & 0x00ff00ff00ff00ffU;
 }
 
@@ -198,7 +216,7 @@ constexpr Expanded keyGroups(std::uint64_t key)
     Expanded groups = 0;
     for (int box = 0; box < boxCount; ++box)
         groups = (groups << 8) | ((key >> (boxInputBits * (7 - box))) & 0x3fU);
-    return rotateLeft(groups, 3);
+    return groups;
 }
 
 /// Keys in the order in which the rounds use them: K1 first to encipher, K16 first to decipher.
@@ -260,7 +278,7 @@ Block encryptCbc(const KeySchedule &keys, Block vector, const unsigned char *in,
     // the next block stands among the rounds, early enough for the processor to have it ready.
     const RoundKeys roundKeysInOrder = roundKeys(keys.begin());
     const Halves &firstKeys = roundKeysInOrder.first;
-    Halves chain = initialHalves(vector) ^ Halves { tableNumbers, tableNumbers };
+    Halves chain = initialHalves(vector);
     Halves plain = initialHalves(loadBlock(in)) ^ firstKeys;
     for (std::size_t i = 0; i < blockCount; ++i) {
         const Halves halfway = firstRounds(roundKeysInOrder, chain ^ plain);
@@ -275,8 +293,7 @@ Block encryptCbc(const KeySchedule &keys, Block vector, const unsigned char *in,
 void decryptCbc(const KeySchedule &keys, Block vector, const unsigned char *in, unsigned char *out,
                 std::size_t blockCount)
 {
-    RoundKeys reversedKeys = roundKeys(keys.rbegin());
-    reversedKeys.first = reversedKeys.first ^ Halves { tableNumbers, tableNumbers };
+    const RoundKeys reversedKeys = roundKeys(keys.rbegin());
     for (std::size_t i = 0; i < blockCount; ++i) {
         const Block block = loadBlock(in + i * blockBytes);
         const Halves halfway = firstRounds(reversedKeys, initialHalves(block) ^ reversedKeys.first);
