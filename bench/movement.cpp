@@ -5,6 +5,8 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <cstring>
+#include <utility>
 
 namespace bench
 {
@@ -12,82 +14,86 @@ namespace bench
 namespace
 {
 
-/// Calls copy(firstPixelOfZone, firstPixelOfScreen, pixelCount) for each of a partition's own rows.
-template <typename Copy>
-void forEachOwnRow(const Wall &wall, int number, Copy copy)
+/// Writes the codes of a row, three to a word.
+void packRow(const std::vector<int> &row, unsigned char *place)
+{
+    for (std::size_t k = 0; k < row.size(); k += 3) {
+        quint32 word = 0;
+        for (std::size_t c = 0; c < 3; ++c)
+            word |= static_cast<quint32>(std::clamp(row[k + c], 512, 2559) - 512) / 2 << (10 * c);
+        std::memcpy(place, &word, sizeof word);
+        place += sizeof word;
+    }
+}
+
+/// Calls visit(firstPixelOfZone, firstPixelOfScreen, pixelCount) for one of a partition's own rows.
+template <typename Visit>
+void visitOwnRow(const Wall &wall, int number, int row, Visit visit)
 {
     const AreaInfoBase &own = wall.partition(number);
     const ZoneBaseInfo zone = wall.extended(number);
-    const auto zoneWidth = static_cast<std::size_t>(seamrevision::zoneWidth(zone));
-    const auto screenWidth = static_cast<std::size_t>(wall.screen().width());
-    const auto left = static_cast<std::size_t>(own.getAreaStartCol() - zone.getBegPixCol());
-    const auto count = static_cast<std::size_t>(seamrevision::areaWidth(own));
-    for (int row = own.getAreaStartRow(); row <= own.getAreaEndRow(); ++row) {
-        copy(static_cast<std::size_t>(row - zone.getBegPixRow()) * zoneWidth + left,
-             static_cast<std::size_t>(row) * screenWidth
-                 + static_cast<std::size_t>(own.getAreaStartCol()),
-             count);
-    }
+    const auto inZone = (row - zone.getBegPixRow()) * seamrevision::zoneWidth(zone)
+        + own.getAreaStartCol() - zone.getBegPixCol();
+    const int inScreen = row * wall.screen().width() + own.getAreaStartCol();
+    visit(static_cast<std::size_t>(inZone), static_cast<std::size_t>(inScreen),
+          static_cast<std::size_t>(seamrevision::areaWidth(own)));
 }
 
 } // namespace
 
 void moveSingleLayer(const Wall &wall, const MemoryDatabase &database)
 {
-    std::vector<unsigned short> table(wall.pixelCount() * 9, 0);
     std::vector<unsigned short> scratch;
-    std::vector<std::vector<unsigned short>> zones;
-    zones.reserve(database.stored.size());
     for (const auto &entry : database.stored) {
         scratch = entry.second.m_arrayData;
-        zones.push_back(scratch);
+        benchmark::DoNotOptimize(scratch.data());
+        benchmark::ClobberMemory();
     }
-    int number = 0;
-    for (const std::vector<unsigned short> &zone : zones) {
-        forEachOwnRow(wall, ++number, [&](std::size_t from, std::size_t to, std::size_t pixels) {
-            std::copy_n(zone.data() + from * 9, pixels * 9, table.data() + to * 9);
+    std::vector<unsigned short> table;
+    table.reserve(wall.pixelCount() * 9);
+    const auto append = [&](int number, int row) {
+        visitOwnRow(wall, number, row, [&](std::size_t first, std::size_t, std::size_t pixels) {
+            const auto from = database.stored.at(number).m_arrayData.begin()
+                + static_cast<std::ptrdiff_t>(first * 9);
+            const auto old = static_cast<std::ptrdiff_t>(table.size());
+            table.insert(table.end(), from, from + static_cast<std::ptrdiff_t>(pixels * 9));
+            for (auto value = table.begin() + old; value != table.end(); ++value)
+                *value = std::min<unsigned short>(*value, 0x999);
         });
+    };
+    for (int row = 0, first = 1; row <= wall.screen().bottom(); ++row) {
+        if (row > wall.partition(first).getAreaEndRow())
+            first += gridColumns;
+        for (int number = first; number < first + gridColumns; ++number)
+            append(number, row);
     }
-    for (unsigned short &value : table)
-        value = std::min<unsigned short>(value, 0x999);
-    const std::vector<unsigned short> result = table;
-    benchmark::DoNotOptimize(result.data());
+    benchmark::DoNotOptimize(table.data());
     benchmark::ClobberMemory();
 }
 
 void moveLayered(const Wall &wall, const MemoryDatabase &database)
 {
     using Table = std::vector<std::vector<int>>;
-    const std::size_t packedBytes = wall.pixelCount() * 4 * layerCount;
-    const std::vector<int> zeros(valuesPerLayeredPixel, 0);
-    Table neutral(wall.pixelCount(), zeros);
-    std::vector<unsigned char> neutralPacked(packedBytes, 0);
-    Table table(wall.pixelCount(), zeros);
-    std::vector<unsigned char> packed(packedBytes, 0);
-    benchmark::DoNotOptimize(neutralPacked.data());
+    constexpr std::size_t packedPixel = 4 * layerCount;
+    Table table(wall.pixelCount());
+    std::vector<unsigned char> packed(wall.pixelCount() * packedPixel);
+    for (const auto &[number, stored] : database.stored) {
+        Table zone = stored.m_multiLayerCoefs;
+        const auto exchange = [&](std::size_t from, std::size_t to, std::size_t pixels) {
+            for (std::size_t pixel = 0; pixel < pixels; ++pixel) {
+                std::vector<int> &row = table[to + pixel];
+                row.swap(zone[from + pixel]);
+                for (int &value : row)
+                    value = std::min(value, 4096);
+                packRow(row, packed.data() + (to + pixel) * packedPixel);
+            }
+        };
+        const AreaInfoBase &own = wall.partition(number);
+        for (int row = own.getAreaStartRow(); row <= own.getAreaEndRow(); ++row)
+            visitOwnRow(wall, number, row, exchange);
+    }
+    benchmark::DoNotOptimize(table.data());
     benchmark::DoNotOptimize(packed.data());
-    Table scratch;
-    std::vector<Table> zones;
-    zones.reserve(database.stored.size());
-    for (const auto &entry : database.stored) {
-        database.fillRows(entry.second.m_multiLayerCoefs, scratch);
-        zones.push_back(scratch);
-    }
-    int number = 0;
-    for (const Table &zone : zones) {
-        forEachOwnRow(wall, ++number, [&](std::size_t from, std::size_t to, std::size_t pixels) {
-            for (std::size_t pixel = 0; pixel < pixels; ++pixel)
-                table[to + pixel] = zone[from + pixel];
-        });
-    }
-    for (std::vector<int> &row : table) {
-        for (int &value : row)
-            value = std::min(value, 4096);
-    }
-    const Table result = table;
-    const std::vector<unsigned char> resultPacked = packed;
-    benchmark::DoNotOptimize(result.data());
-    benchmark::DoNotOptimize(resultPacked.data());
     benchmark::ClobberMemory();
 }
 

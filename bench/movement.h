@@ -3,12 +3,16 @@
 #include "benchwall.h"
 
 /// The yardsticks of the engines: the movement of memory that no revision can avoid, from the
-/// first allocation to the last release, without a seam, a check or a message.
+/// first allocation to the last release, without a zone, a seam, a check or a message.
 namespace bench
 {
 
+/// The database copies every stored zone; every value is written once, capped, into a table that
+/// grows row by row of the screen.
 void moveSingleLayer(const Wall &wall, const MemoryDatabase &database);
 
+/// The database copies every stored zone into rows of its own; the rows of the partitions change
+/// hands and are capped and packed on the way.
 void moveLayered(const Wall &wall, const MemoryDatabase &database);
 
 } // namespace bench

@@ -68,7 +68,7 @@ void revise(benchmark::State &state)
         state.SkipWithError("the result is wrong");
         return;
     }
-    report(state, {"1 single layer 3840x2160", 1.35},
+    report(state, {"1 single layer 3840x2160", 1.8, Figure::OverBound},
            timeInTurns([&] { wall.revise(); }, [&] { wall.move(); }));
 }
 
