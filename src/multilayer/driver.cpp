@@ -5,6 +5,7 @@
 #include "records/pixelmath.h"
 #include "records/trace.h"
 #include "revision/driver.h"
+#include "revision/exacttype.h"
 #include "revision/pixelwindow.h"
 #include "revision/screentable.h"
 #include "seamrevision/localconfig.h"
@@ -238,8 +239,10 @@ StepOutcome MultiLayerPartitionMerge::Revision::reviseSeams()
 
 StepOutcome MultiLayerPartitionMerge::Revision::saveZones()
 {
+    // Rows of zones bring their memory with them where they are moved.
+    const std::size_t valuesPerRow = isExactly(m_engine) ? 0 : m_engine.valuesPerPixel();
     m_result.multiLayerCoefData.assign(static_cast<std::size_t>(m_result.rect.area()),
-                                       std::vector<int>(m_engine.valuesPerPixel(), 0));
+                                       std::vector<int>(valuesPerRow, 0));
     return savingOutcome(m_engine.saveRevisedCoef(
         m_zones.map(), m_request.areas, m_request.coefPath, m_request.screenType, m_result));
 }

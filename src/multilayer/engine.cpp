@@ -1,10 +1,13 @@
 #include "seamrevision/multilayerpartitionmerge.h"
 
+#include "revision/exacttype.h"
+
 #include <algorithm>
 
 MultiLayerPartitionMerge::MultiLayerPartitionMerge(const std::vector<unsigned int> &layerParams)
     : m_layerParams(layerParams)
 {
+    seamrevision::ownVirtualTable(*this);
 }
 
 MultiLayerPartitionMerge::~MultiLayerPartitionMerge() = default;

@@ -57,6 +57,15 @@ bool readPartitionFile(const Trace &trace, const ReadingFileTags &tags, const Ar
     return true;
 }
 
+/// Whether a table can get so many rows of so many values without asking for memory.
+bool haveRoomFor(const std::vector<std::vector<int>> &table, std::size_t pixelCount,
+                 std::size_t valuesPerRow)
+{
+    return table.size() >= pixelCount
+        && std::all_of(table.begin(), table.begin() + static_cast<std::ptrdiff_t>(pixelCount),
+                       [&](const auto &row) { return row.capacity() >= valuesPerRow; });
+}
+
 /// Replaces the first values of every row by those of a plaintext, which must be long enough.
 void fillRows(std::vector<std::vector<int>> &rows, std::size_t valuesPerRow,
               const std::vector<unsigned char> &plaintext)
@@ -143,6 +152,11 @@ bool MultiLayerPartitionMerge::readOrgCoef(QString dir, QString areaId,
         if (pixelBytes > 0 && plaintext.size() / pixelBytes < pixelCount) {
             trace.critical(926, "Coefs file is too short!");
             return false;
+        }
+        if (haveRoomFor(coefTable, pixelCount, valuesPerPixel())) {
+            coefTable.resize(pixelCount);
+            fillRows(coefTable, valuesPerPixel(), plaintext);
+            return true;
         }
         // Into a copy: running out of memory half-way must not touch the caller's table.
         std::vector<std::vector<int>> rows = coefTable;

@@ -1,9 +1,11 @@
 #include "seamrevision/multilayerpartitionmerge.h"
 
 #include "coeffiles/textdump.h"
+#include "multilayer/movedrows.h"
 #include "multilayer/packing.h"
 #include "records/pixelmath.h"
 #include "records/trace.h"
+#include "revision/exacttype.h"
 #include "revision/pixelwindow.h"
 #include "revision/saving.h"
 #include "revision/screentable.h"
@@ -11,23 +13,21 @@
 #include "seamrevision/multilayerconfig.h"
 
 #include <algorithm>
+#include <optional>
 
 using namespace seamrevision;
 
 namespace
 {
 
-/// The largest value that the whole-screen table may hold after saving.
-constexpr int coefficientCap = 4096;
-
 using CoefTable = std::vector<std::vector<int>>;
 
 /// Copies a partition's own pixels out of its zone into the whole-screen table and, row by row
-/// without gaps, into ownRows if there are any. A pixel that either table lacks ends it with a
-/// report; the pixels before it are copied.
-bool placeIntoScreen(const Trace &trace, const MultiLayerCoefZoneInfo &zone, const PixelWindow &own,
-                     const ScreenTable &screen, CoefTable &table, const ZoneBaseInfo &area,
-                     CoefTable *ownRows)
+/// without gaps, into ownRows if there are any. False at the first pixel that either table lacks;
+/// the pixels before it are copied.
+bool copyIntoScreen(const MultiLayerCoefZoneInfo &zone, const PixelWindow &own,
+                    const ScreenTable &screen, CoefTable &table, const ZoneBaseInfo &area,
+                    CoefTable *ownRows)
 {
     const CoefTable &revised = zone.m_multiLayerCoefs;
     for (qint64 row = 0; row < own.rowCount; ++row) {
@@ -36,10 +36,8 @@ bool placeIntoScreen(const Trace &trace, const MultiLayerCoefZoneInfo &zone, con
             const qint64 screenCol = zone.getBegPixCol() + own.firstCol + col;
             const quint64 source = own.rowStart(row) + static_cast<quint64>(col);
             const auto target = static_cast<quint64>(screen.pixel(screenRow, screenCol));
-            if (source >= revised.size() || target >= table.size()) {
-                trace.critical(352, "Index out of range!");
+            if (source >= revised.size() || target >= table.size())
                 return false;
-            }
             table[target] = revised[source];
             if (ownRows) {
                 const qint64 place = (screenRow - area.getBegPixRow()) * zoneWidth(area)
@@ -73,6 +71,8 @@ public:
         , m_toFile(screenType == ScreenType_PartitionFile)
         , m_result(result)
     {
+        if (isExactly(engine))
+            m_movedRows.emplace(engine.m_screenRect, result.multiLayerCoefData);
     }
 
     static bool hasCoefs(const MultiLayerCoefZoneInfo &zone)
@@ -87,12 +87,13 @@ public:
         m_engine.AreaInfoToCoefZoneInfo(&areaZone, &area, width, height);
     }
 
-    enum_ErrCodeType save(int number, const MultiLayerCoefZoneInfo &zone,
-                          MultiLayerCoefZoneInfo &areaZone) const;
+    enum_ErrCodeType save(int number, MultiLayerCoefZoneInfo &zone,
+                          MultiLayerCoefZoneInfo &areaZone);
     bool saveToFiles(int number, MultiLayerCoefZoneInfo &areaZone) const;
-    void finish() const;
+    void finish();
 
 private:
+    void makeOwnRows(const PixelWindow &own, MultiLayerCoefZoneInfo &areaZone) const;
     /// Packs a table with the width that is configured at the time.
     void pack(const ST_LedZoneInfo &rect, const CoefTable &table,
               std::vector<unsigned char> &packed) const
@@ -106,6 +107,9 @@ private:
     const QString &m_dir;
     const bool m_toFile;
     ST_ReviseResult &m_result;
+    /// Where nobody can have replaced a step, nobody sees the zones again nor the table before it
+    /// is finished: the rows need not be copied.
+    std::optional<MovedRows> m_movedRows;
 };
 
 enum_ErrCodeType MultiLayerPartitionMerge::saveRevisedCoef(
@@ -113,34 +117,53 @@ enum_ErrCodeType MultiLayerPartitionMerge::saveRevisedCoef(
     QString dir, enum_ScreenType screenType, ST_ReviseResult &result)
 {
     const Trace trace(QStringLiteral("MultiLayerPartitionMerge::saveRevisedCoef"));
-    const Saving saving(*this, trace, dir, screenType, result);
+    Saving saving(*this, trace, dir, screenType, result);
     const auto code = saveEachZone(trace, {283, 294, 306, 325}, coefsZoneInfos, areas, saving);
     if (code == ErrCode_Success)
         saving.finish();
     return code;
 }
 
-enum_ErrCodeType MultiLayerPartitionMerge::Saving::save(int number,
-                                                        const MultiLayerCoefZoneInfo &zone,
-                                                        MultiLayerCoefZoneInfo &areaZone) const
+enum_ErrCodeType MultiLayerPartitionMerge::Saving::save(int number, MultiLayerCoefZoneInfo &zone,
+                                                        MultiLayerCoefZoneInfo &areaZone)
 {
-    CoefTable *const ownRows = m_toFile ? &areaZone.m_multiLayerCoefs : nullptr;
-    if (ownRows)
-        ownRows->assign(zonePixelCount(areaZone), std::vector<int>(m_engine.valuesPerPixel(), 0));
-    if (!placeIntoScreen(m_trace, zone, windowInside(zone, areaZone),
-                         ScreenTable(m_engine.m_screenRect), m_result.multiLayerCoefData, areaZone,
-                         ownRows))
+    const PixelWindow own = windowInside(zone, areaZone);
+    if (m_toFile)
+        makeOwnRows(own, areaZone);
+    const bool isPlaced = m_movedRows
+        ? m_movedRows->haveRoomFor(zone, own)
+        : copyIntoScreen(zone, own, ScreenTable(m_engine.m_screenRect), m_result.multiLayerCoefData,
+                         areaZone, m_toFile ? &areaZone.m_multiLayerCoefs : nullptr);
+    if (!isPlaced) {
+        m_trace.critical(352, "Index out of range!");
         return ErrCode_IndexOutOfRange;
+    }
 
     passOverFailures([&] {
         outData(zone.m_multiLayerCoefs, QStringLiteral("areaEx_%1_after.txt").arg(number),
                 QStringLiteral(","), QString());
     });
+    if (m_movedRows && m_toFile)
+        moveOwnRows(zone, own, areaZone);
     if (m_toFile && !saveToFiles(number, areaZone)) {
         logPlain("Save combine area cofficient failed!");
         return ErrCode_SaveCombineCoefFailed;
     }
+    if (m_movedRows && m_toFile)
+        m_movedRows->take(areaZone, windowInside(areaZone, zone));
+    else if (m_movedRows)
+        m_movedRows->take(zone, own);
     return ErrCode_Success;
+}
+
+/// Rows that are moved here bring their memory with them; the others are zeros.
+void MultiLayerPartitionMerge::Saving::makeOwnRows(const PixelWindow &own,
+                                                   MultiLayerCoefZoneInfo &areaZone) const
+{
+    const std::size_t pixelCount = zonePixelCount(areaZone);
+    const bool allAreMoved = m_movedRows && own.pixelCount() == pixelCount;
+    areaZone.m_multiLayerCoefs.assign(
+        pixelCount, std::vector<int>(allAreMoved ? 0 : m_engine.valuesPerPixel(), 0));
 }
 
 bool MultiLayerPartitionMerge::Saving::saveToFiles(int number,
@@ -155,9 +178,12 @@ bool MultiLayerPartitionMerge::Saving::saveToFiles(int number,
 }
 
 /// Files keep the values as revised; only the table is capped.
-void MultiLayerPartitionMerge::Saving::finish() const
+void MultiLayerPartitionMerge::Saving::finish()
 {
-    capCoefficients(m_result.multiLayerCoefData);
+    if (m_movedRows)
+        m_movedRows->fillUncovered(m_engine.valuesPerPixel());
+    else
+        capCoefficients(m_result.multiLayerCoefData);
     passOverFailures([&] {
         outData(m_result.multiLayerCoefData, tr("Multilayer_After_Revise.txt"), QStringLiteral(","),
                 QString());

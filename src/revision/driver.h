@@ -1,8 +1,10 @@
 #pragma once
 
 #include "records/trace.h"
+#include "revision/exacttype.h"
 #include "revision/gridwalk.h"
 #include "revision/ownedzones.h"
+#include "revision/result.h"
 #include "revision/stepoutcome.h"
 #include "seamrevision/areainfobase.h"
 #include "seamrevision/reviseresult.h"
@@ -89,7 +91,8 @@ struct EndTags
 
 /// Runs a revision (RevisionSteps of an engine) and sends what it came to, once, through
 /// send(code, text, result); whatever is thrown on the way is a failure. If the sending throws,
-/// there is nobody left to ask: the failure is returned as it is.
+/// there is nobody left to ask: the failure is returned as it is. Where nobody can have replaced
+/// the sending, its result is not copied but moved.
 template <typename Revision, typename Engine, typename Send>
 ST_ReviseResult runRevision(Engine &engine, const Trace &trace, const EndTags &tags,
                             const RevisionRequest &request, Send send)
@@ -98,13 +101,17 @@ ST_ReviseResult runRevision(Engine &engine, const Trace &trace, const EndTags &t
     result.rect = request.screenRect;
     StepOutcome outcome;
     try {
-        // The zones go with the revision, before the result is copied: they need not exist at once.
+        // The zones go with the revision, before the result is sent: they need not exist at once.
         outcome = Revision(engine, trace, request, result).run();
         if (!outcome.failed())
             trace.debug(tags.end, "end!");
     } catch (...) {
         outcome = {ErrCode_Failed, QString()};
         trace.critical(tags.exception, "Unexpected exception!");
+    }
+    if (isExactly(engine)) {
+        endResult(outcome.code, outcome.text, result);
+        return result;
     }
     try {
         return send(outcome.code, outcome.text, result);

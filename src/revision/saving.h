@@ -25,18 +25,18 @@ struct SavingTags
 /// Saves every zone, in ascending order, that has coefficients and whose partition is corrected;
 /// the first code that is not success ends it. An engine's saving says whether a zone has
 /// coefficients (hasCoefs), gives a new zone a partition's own rectangle (setOwnRect) and saves
-/// the part of a zone that lies in it (save).
+/// the part of a zone that lies in it (save), for which it may use the zone up.
 template <typename Zone, typename Saving>
 enum_ErrCodeType saveEachZone(const Trace &trace, const SavingTags &tags,
                               const QMap<int, Zone *> &zones,
-                              const QMap<QString, AreaInfoBase *> &areas, const Saving &saving)
+                              const QMap<QString, AreaInfoBase *> &areas, Saving &saving)
 {
     if (zones.isEmpty()) {
         trace.warning(tags.noZones, "The coefsZoneInfo map is empty!");
         return ErrCode_Failed;
     }
     for (auto entry = zones.begin(); entry != zones.end(); ++entry) {
-        const Zone *const zone = entry.value();
+        Zone *const zone = entry.value();
         if (!zone) {
             trace.critical(tags.nullZone, "The pCoefsZoneInfo is nullptr!");
             return ErrCode_Failed;

@@ -1,20 +1,14 @@
 #include "seamrevision/partitionmerge.h"
 
-#include <vector>
+#include "revision/exacttype.h"
+#include "revision/result.h"
 
-namespace
-{
+using namespace seamrevision;
 
-/// Empties a vector and gives its memory back.
-template <typename Value>
-void release(std::vector<Value> &values)
+PartitionMerge::PartitionMerge()
 {
-    std::vector<Value>().swap(values);
+    ownVirtualTable(*this);
 }
-
-} // namespace
-
-PartitionMerge::PartitionMerge() = default;
 
 PartitionMerge::~PartitionMerge() = default;
 
@@ -26,13 +20,6 @@ void PartitionMerge::setPScreenDb(ScreenDataBaseManager *db)
 ST_ReviseResult PartitionMerge::sendResult(enum_ErrCodeType errCode, const QString &message,
                                            ST_ReviseResult &result)
 {
-    if (errCode != ErrCode_Success) {
-        release(result.coefData);
-        release(result.multiLayerCoefData);
-        release(result.zipCoefData);
-    }
-    result.isSuccess = errCode == ErrCode_Success ? 1 : 0;
-    result.errMsg = message;
-    result.errCode = errCode;
+    endResult(errCode, message, result);
     return result;
 }

@@ -3,6 +3,7 @@
 #include "coeffiles/textdump.h"
 #include "records/pixelmath.h"
 #include "records/trace.h"
+#include "revision/exacttype.h"
 #include "revision/pixelwindow.h"
 #include "revision/saving.h"
 #include "revision/screentable.h"
@@ -28,12 +29,28 @@ std::size_t firstValue(quint64 pixel, const std::vector<unsigned short> &coefs)
     return std::min<quint64>(std::min<quint64>(pixel, coefs.size()) * valuesPerPixel, coefs.size());
 }
 
-/// Copies a partition's own pixels out of its zone into the whole-screen table, row by row, and
-/// appends them to ownCoefs if there is one. A value that either array lacks ends it with a
-/// report; the values before it are copied.
+/// Copies values out of a zone.
+using CopyValues
+    = void (*)(const unsigned short *values, std::size_t count, unsigned short *target);
+
+void copyValues(const unsigned short *values, std::size_t count, unsigned short *target)
+{
+    std::copy_n(values, count, target);
+}
+
+void copyCapped(const unsigned short *values, std::size_t count, unsigned short *target)
+{
+    std::transform(values, values + count, target,
+                   [](unsigned short value) { return std::min(value, coefficientCap); });
+}
+
+/// Places a partition's own pixels out of its zone in the whole-screen table, row by row, by
+/// copyValues or copyCapped, and appends them to ownCoefs if there is one. A value that either
+/// array lacks ends it with a report; the values before it are copied.
 bool placeIntoScreen(const Trace &trace, const IndexTags &tags, const CoefsZoneInfo &zone,
                      const PixelWindow &own, const ScreenTable &screen,
-                     std::vector<unsigned short> &table, std::vector<unsigned short> *ownCoefs)
+                     std::vector<unsigned short> &table, CopyValues copyIntoTable,
+                     std::vector<unsigned short> *ownCoefs)
 {
     const std::size_t rowValues = static_cast<std::size_t>(own.colCount) * valuesPerPixel;
     std::size_t written = 0;
@@ -46,9 +63,9 @@ bool placeIntoScreen(const Trace &trace, const IndexTags &tags, const CoefsZoneI
         const std::size_t targetValues = table.size() - target;
         const std::size_t count = std::min({rowValues, sourceValues, targetValues});
         const unsigned short *const values = zone.m_arrayData.data() + source;
-        std::copy_n(values, count, table.data() + target);
+        copyIntoTable(values, count, table.data() + target);
         if (ownCoefs)
-            std::copy_n(values, count, ownCoefs->data() + written);
+            copyValues(values, count, ownCoefs->data() + written);
         written += count;
         if (count < rowValues) {
             trace.critical(sourceValues <= targetValues ? tags.source : tags.target,
@@ -77,6 +94,7 @@ public:
         , m_trace(trace)
         , m_path(path)
         , m_toFile(screenType == ScreenType_PartitionFile)
+        , m_capsEarly(isExactly(engine))
         , m_result(result)
     {
     }
@@ -98,6 +116,8 @@ private:
     const Trace &m_trace;
     const QString &m_path;
     const bool m_toFile;
+    /// Nobody sees the table before it is finished: its values are capped where they are placed.
+    const bool m_capsEarly;
     ST_ReviseResult &m_result;
 };
 
@@ -107,7 +127,7 @@ enum_ErrCodeType PartitionMerge::saveRevisedCoef(const QMap<int, CoefsZoneInfo *
                                                  ST_ReviseResult &result)
 {
     const Trace trace(QStringLiteral("PartitionMerge::saveRevisedCoef"));
-    const Saving saving(*this, trace, path, screenType, result);
+    Saving saving(*this, trace, path, screenType, result);
     const auto code = saveEachZone(trace, {624, 634, 646, 668}, coefs, areas, saving);
     if (code == ErrCode_Success)
         saving.finish();
@@ -122,7 +142,8 @@ enum_ErrCodeType PartitionMerge::Saving::save(int, const CoefsZoneInfo &zone,
     if (ownCoefs)
         ownCoefs->assign(valueCount(zonePixelCount(areaZone)), 0);
     if (!placeIntoScreen(m_trace, indexTags, zone, windowInside(zone, areaZone),
-                         ScreenTable(m_engine.m_screenRect), m_result.coefData, ownCoefs))
+                         ScreenTable(m_engine.m_screenRect), m_result.coefData,
+                         m_capsEarly ? copyCapped : copyValues, ownCoefs))
         return ErrCode_IndexOutOfRange;
 
     passOverFailures([&] {
@@ -140,7 +161,8 @@ enum_ErrCodeType PartitionMerge::Saving::save(int, const CoefsZoneInfo &zone,
 /// Files keep the values as revised; only the table is capped.
 void PartitionMerge::Saving::finish() const
 {
-    capCoefficients(m_result.coefData);
+    if (!m_capsEarly)
+        capCoefficients(m_result.coefData);
     passOverFailures([&] {
         outData(m_result.coefData, tr("分区融合后系数.txt"), QStringLiteral(","), valuesPerPixel,
                 QString());
