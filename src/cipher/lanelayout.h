@@ -152,10 +152,9 @@ constexpr std::uint64_t exchangedBits(int exchange, std::size_t wire)
 constexpr std::uint8_t placed(int box, unsigned sixBits)
 {
     unsigned bits = 0;
-    for (int input = 0; input < boxInputBits; ++input) {
-        const unsigned bit = (sixBits >> (boxInputBits - 1 - input)) & 1U;
-        bits |= bit << edgePlaces[static_cast<std::size_t>(boxInputBits * box + input)];
-    }
+    std::size_t edge = edgeCount / boxCount * static_cast<std::size_t>(box);
+    for (int shift = boxInputBits - 1; shift >= 0; --shift, ++edge)
+        bits |= ((sixBits >> shift) & 1U) << edgePlaces[edge];
     return static_cast<std::uint8_t>(bits);
 }
 
