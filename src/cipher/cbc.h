@@ -18,12 +18,11 @@ using KeySchedule = std::array<std::uint64_t, roundCount>;
 /// One block as it lies in memory, its first byte lowest.
 using Block = std::uint64_t;
 
+/// Written out, since compilers make one load of this and not of a loop.
 inline Block loadBlock(const unsigned char *bytes)
 {
-    Block block = 0;
-    for (std::size_t i = 0; i < blockBytes; ++i)
-        block |= static_cast<Block>(bytes[i]) << (8 * i);
-    return block;
+    const auto byte = [bytes](int i) { return static_cast<Block>(bytes[i]) << (8 * i); };
+    return byte(0) | byte(1) | byte(2) | byte(3) | byte(4) | byte(5) | byte(6) | byte(7);
 }
 
 inline void storeBlock(unsigned char *bytes, Block block)
