@@ -64,7 +64,7 @@ ST_ReviseResult PartitionMerge::boundaryModifying(QString coefPath, enum_ScreenT
 StepOutcome PartitionMerge::Revision::listCorrected()
 {
     const auto pixelCount = static_cast<std::size_t>(m_result.rect.area());
-    m_result.coefData.assign(valueCount(pixelCount), 0);
+    m_result.coefData.resize(valueCount(pixelCount));
     if (!m_engine.m_pScreenDBManager) {
         m_trace.critical(69, "The pScreenDBManager is nullptr!");
         return {ErrCode_Failed, QString()};

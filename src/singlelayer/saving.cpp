@@ -7,6 +7,7 @@
 #include "revision/pixelwindow.h"
 #include "revision/saving.h"
 #include "revision/screentable.h"
+#include "singlelayer/cappedcopy.h"
 #include "singlelayer/coefs.h"
 
 #include <algorithm>
@@ -36,12 +37,6 @@ using CopyValues
 void copyValues(const unsigned short *values, std::size_t count, unsigned short *target)
 {
     std::copy_n(values, count, target);
-}
-
-void copyCapped(const unsigned short *values, std::size_t count, unsigned short *target)
-{
-    std::transform(values, values + count, target,
-                   [](unsigned short value) { return std::min(value, coefficientCap); });
 }
 
 /// Places a partition's own pixels out of its zone in the whole-screen table, row by row, by
