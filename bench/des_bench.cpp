@@ -1,17 +1,13 @@
 #include "cases.h"
 #include "cipher/chains.h"
 #include "figures.h"
+#include "libcrypto.h"
 #include <seamrevision/des.h>
 
 #include <algorithm>
 #include <random>
 #include <string>
 #include <vector>
-
-#ifdef SEAMREVISION_HAVE_LIBCRYPTO
-#include <openssl/evp.h>
-#include <openssl/provider.h>
-#endif
 
 // The cipher of the coefficient files: on 9 MB, beside libcrypto's, where both sides make the
 // memory of their output within the time, as whoever saves or loads a file does; and on many
@@ -23,9 +19,6 @@ namespace
 {
 
 namespace des = seamrevision::des;
-using Bytes = std::vector<unsigned char>;
-
-const std::string fileKey = "qalvetor";
 
 Bytes randomBytes(std::size_t count)
 {
@@ -34,30 +27,6 @@ Bytes randomBytes(std::size_t count)
     for (unsigned char &byte : bytes)
         byte = static_cast<unsigned char>(random());
     return bytes;
-}
-
-#ifdef SEAMREVISION_HAVE_LIBCRYPTO
-
-bool cryptWithLibcrypto(bool encrypts, const Bytes &in, Bytes &out)
-{
-    // Named, the legacy provider alone would be there; the default one is wanted as well.
-    static const bool loaded = OSSL_PROVIDER_load(nullptr, "legacy") != nullptr
-        && OSSL_PROVIDER_load(nullptr, "default") != nullptr;
-    static EVP_CIPHER *const cipher = EVP_CIPHER_fetch(nullptr, "DES-CBC", nullptr);
-    if (!loaded || !cipher)
-        return false;
-    const auto *const key = reinterpret_cast<const unsigned char *>(fileKey.data());
-    EVP_CIPHER_CTX *const context = EVP_CIPHER_CTX_new();
-    int written = 0;
-    int rest = 0;
-    out.resize(in.size() + 8);
-    const bool done = EVP_CipherInit_ex(context, cipher, nullptr, key, key, encrypts ? 1 : 0) == 1
-        && EVP_CipherUpdate(context, out.data(), &written, in.data(), static_cast<int>(in.size()))
-            == 1
-        && EVP_CipherFinal_ex(context, out.data() + written, &rest) == 1;
-    EVP_CIPHER_CTX_free(context);
-    out.resize(done ? static_cast<std::size_t>(written + rest) : 0);
-    return done;
 }
 
 bool cryptWithOurs(bool encrypts, const Bytes &in, Bytes &out)
@@ -72,10 +41,7 @@ void crypt(benchmark::State &state, bool encrypts, const Figure &figure)
     Bytes ciphertext;
     Bytes ours;
     Bytes theirs;
-    if (!cryptWithLibcrypto(true, plaintext, ciphertext)) {
-        state.SkipWithError("libcrypto has no DES here");
-        return;
-    }
+    cryptWithLibcrypto(true, plaintext, ciphertext);
     const Bytes &in = encrypts ? plaintext : ciphertext;
     if (!cryptWithOurs(encrypts, in, ours) || !cryptWithLibcrypto(encrypts, in, theirs)
         || ours != theirs) {
@@ -101,13 +67,6 @@ void registerLibcryptoCases()
         crypt(state, false, {"4 DES decryption, 9 MB", 4, Figure::AtLeast});
     });
 }
-
-#else
-
-/// Without the other cipher there is nothing to stand beside.
-void registerLibcryptoCases() {}
-
-#endif
 
 /// As many times the same message, read anew for each chain, with room for the ciphertexts.
 class ChainsOfOneMessage
@@ -180,7 +139,8 @@ void registerChains(const char *version, const des::LaneKernel *kernel, std::siz
 
 void registerCipherCases()
 {
-    registerLibcryptoCases();
+    if (haveLibcrypto())
+        registerLibcryptoCases();
     registerChains("AVX2", des::avx2Lanes(), 12, 1.9);
     registerChains("AVX2", des::avx2Lanes(), 24, 3.6);
     registerChains("AVX2", des::avx2Lanes(), 32, 4.7);

@@ -1,9 +1,12 @@
 #include "benchwall.h"
 #include "cases.h"
 #include "figures.h"
+#include "libcrypto.h"
 #include "movement.h"
 #include "plainrevision.h"
 #include <seamrevision/multilayerpartitionmerge.h>
+
+#include <QTemporaryDir>
 
 namespace bench
 {
@@ -29,6 +32,26 @@ void revise(benchmark::State &state, MemoryDatabase::Filling filling, const Figu
     report(state, figure, timeInTurns(ours, [&] { moveLayered(wall, database); }));
 }
 
+void reviseIntoFiles(benchmark::State &state)
+{
+    const Wall wall = Wall::ofSize(1920, 1080);
+    MemoryDatabase database(wall, MemoryDatabase::Kind::Layered);
+    MultiLayerPartitionMerge engine({});
+    engine.setLayerSize(layerCount);
+    engine.setPScreenDb(&database);
+    const QTemporaryDir directory;
+    const auto ours
+        = [&] { return wall.reviseWith(engine, ScreenType_PartitionFile, directory.path()); };
+    if (!isPlainLayered(wall, database, ours())) {
+        fail(state, "the result is wrong");
+        return;
+    }
+    const std::vector<Bytes> plaintexts = plaintextsIn(directory.path());
+    report(state, {"3 four layers 1920x1080, files, to libcrypto", 0.45},
+           timeInTurns([&] { benchmark::DoNotOptimize(ours().zipCoefData.data()); },
+                       [&] { encryptOneByOne(plaintexts); }));
+}
+
 } // namespace
 
 void registerLayeredCases()
@@ -37,6 +60,8 @@ void registerLayeredCases()
         revise(state, MemoryDatabase::Filling::InPlace,
                {"2 four layers 1920x1080", 1.6, Figure::OverBound});
     });
+    if (haveLibcrypto())
+        registerFigure("Figure3_LayeredFiles/1920x1080", reviseIntoFiles);
     registerFigure("Figure2_Layered/replaced/1920x1080", [](benchmark::State &state) {
         revise(state, MemoryDatabase::Filling::Replace,
                {"2 four layers 1920x1080, tables replaced", 1.6, Figure::OverBound});

@@ -1,12 +1,13 @@
 #include "coeffiles/container.h"
 
+#include "coeffiles/filekey.h"
+#include "coeffiles/preparedfiles.h"
 #include "seamrevision/des.h"
 
 #include <QDir>
 #include <QFile>
 
 #include <algorithm>
-#include <string>
 
 namespace seamrevision
 {
@@ -14,11 +15,17 @@ namespace seamrevision
 namespace
 {
 
-/// Part of the file format: both the key and the initialisation vector.
-const std::string &keyMaterial()
+bool writeWhole(const QString &path, const unsigned char *bytes, std::size_t size)
 {
-    static const std::string key = "qalvetor";
-    return key;
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        return false;
+    const auto fileBytes = static_cast<qint64>(size);
+    file.write(reinterpret_cast<const char *>(bytes), fileBytes);
+    file.flush();
+    const bool isWhole = file.error() == QFileDevice::NoError && file.size() == fileBytes;
+    file.close(); // which forgets an error of before, and may meet one of its own
+    return isWhole && file.error() == QFileDevice::NoError;
 }
 
 } // namespace
@@ -31,18 +38,12 @@ bool ensureDirectory(const QString &directory)
 
 bool writeEncrypted(const QString &path, const std::vector<unsigned char> &plaintext)
 {
+    const Ciphertext prepared = PreparedFiles::take(path, plaintext);
+    if (prepared.bytes)
+        return writeWhole(path, prepared.bytes.get(), prepared.size);
     std::vector<unsigned char> ciphertext;
-    DES().DESEncrypt(keyMaterial(), keyMaterial(), plaintext, ciphertext);
-
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    const auto fileBytes = static_cast<qint64>(ciphertext.size());
-    file.write(reinterpret_cast<const char *>(ciphertext.data()), fileBytes);
-    file.flush();
-    const bool isWhole = file.error() == QFileDevice::NoError && file.size() == fileBytes;
-    file.close(); // which forgets an error of before, and may meet one of its own
-    return isWhole && file.error() == QFileDevice::NoError;
+    DES().DESEncrypt(fileKey, fileKey, plaintext, ciphertext);
+    return writeWhole(path, ciphertext.data(), ciphertext.size());
 }
 
 bool readDecrypted(const QString &path, std::vector<unsigned char> &plaintext)
@@ -54,7 +55,7 @@ bool readDecrypted(const QString &path, std::vector<unsigned char> &plaintext)
     const qint64 readBytes = file.read(reinterpret_cast<char *>(ciphertext.data()), file.size());
     ciphertext.resize(static_cast<std::size_t>(std::max<qint64>(0, readBytes)));
 
-    DES().DESDecrypt(keyMaterial(), keyMaterial(), ciphertext, plaintext);
+    DES().DESDecrypt(fileKey, fileKey, ciphertext, plaintext);
     return true;
 }
 

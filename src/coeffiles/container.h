@@ -15,6 +15,13 @@ namespace seamrevision
 /// itself, so it is also created once more beneath itself.
 bool ensureDirectory(const QString &directory);
 
+/// Where a partition's file lies; the layered engine has two, told apart by a suffix.
+inline QString filePath(const QString &directory, const QString &areaId,
+                        const QString &suffix = QString())
+{
+    return directory + QLatin1Char('/') + areaId + suffix;
+}
+
 /// Encrypts and writes one file, replacing what was there. False if it cannot be opened, or if the
 /// system did not take all of it (a full disk); what it took stays.
 bool writeEncrypted(const QString &path, const std::vector<unsigned char> &plaintext);

@@ -10,11 +10,17 @@ namespace seamrevision
 {
 
 template <typename Value>
+void writeLittleEndian(const Value *values, std::size_t valueCount, unsigned char *bytes)
+{
+    if (valueCount > 0) // Qt copies without asking, and there may be nothing to point at
+        qToLittleEndian<Value>(values, static_cast<qsizetype>(valueCount), bytes);
+}
+
+template <typename Value>
 std::vector<unsigned char> littleEndianBytes(const std::vector<Value> &values)
 {
     std::vector<unsigned char> bytes(values.size() * sizeof(Value));
-    if (!values.empty()) // Qt copies without asking, and there is nothing to point at
-        qToLittleEndian<Value>(values.data(), static_cast<qsizetype>(values.size()), bytes.data());
+    writeLittleEndian(values.data(), values.size(), bytes.data());
     return bytes;
 }
 

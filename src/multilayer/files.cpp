@@ -2,6 +2,7 @@
 
 #include "coeffiles/container.h"
 #include "coeffiles/valuebytes.h"
+#include "multilayer/comingfiles.h"
 #include "records/pixelmath.h"
 #include "records/trace.h"
 #include "revision/files.h"
@@ -15,19 +16,17 @@ using namespace seamrevision;
 namespace
 {
 
-const QString tableSuffix = QStringLiteral("_m");    // part of the file format
-const QString packedSuffix = QStringLiteral("_zip"); // part of the file format
-
-/// A table as one run of values, each row cut or filled with zeros to valuesPerRow.
-std::vector<int> flattened(const std::vector<std::vector<int>> &table, std::size_t valuesPerRow)
+/// A table as it is in a file: each row cut or filled with zeros to valuesPerRow.
+std::vector<unsigned char> tableBytes(const std::vector<std::vector<int>> &table,
+                                      std::size_t valuesPerRow)
 {
-    std::vector<int> values(table.size() * valuesPerRow, 0);
-    int *target = values.data();
+    std::vector<unsigned char> bytes(table.size() * valuesPerRow * sizeof(int), 0);
+    unsigned char *target = bytes.data();
     for (const std::vector<int> &row : table) {
-        std::copy_n(row.data(), std::min(row.size(), valuesPerRow), target);
-        target += valuesPerRow;
+        writeLittleEndian(row.data(), std::min(row.size(), valuesPerRow), target);
+        target += valuesPerRow * sizeof(int);
     }
-    return values;
+    return bytes;
 }
 
 /// The numbers with which a reader reports its failures.
@@ -101,9 +100,8 @@ bool MultiLayerPartitionMerge::saveCombineAreaOrgCoef(QString dir, MultiLayerCoe
     return withoutThrowing(trace, 842, [&] {
         if (!zone)
             return false;
-        const QString path = dir + QLatin1Char('/') + zone->getAreaID() + tableSuffix;
-        const std::vector<int> values = flattened(zone->m_multiLayerCoefs, valuesPerPixel());
-        if (!writeEncrypted(path, littleEndianBytes(values))) {
+        const QString path = filePath(dir, zone->getAreaID(), tableSuffix);
+        if (!writeEncrypted(path, tableBytes(zone->m_multiLayerCoefs, valuesPerPixel()))) {
             trace.debug(836, "Save encryptFile failed!");
             return false;
         }
@@ -117,7 +115,7 @@ bool MultiLayerPartitionMerge::saveCombineAreaZipCoef(QString dir, MultiLayerCoe
     return withoutThrowing(trace, 872, [&] {
         if (!zone)
             return false;
-        const QString path = dir + QLatin1Char('/') + zone->getAreaID() + packedSuffix;
+        const QString path = filePath(dir, zone->getAreaID(), packedSuffix);
         if (!writeEncrypted(path, zone->m_zipCoefs)) {
             trace.debug(866, "Save encryptFile failed!");
             return false;
@@ -144,8 +142,8 @@ bool MultiLayerPartitionMerge::readOrgCoef(QString dir, QString areaId,
     return withoutThrowing(trace, 938, [&] {
         const AreaInfoBase *area = m_areas.value(areaId);
         std::vector<unsigned char> plaintext;
-        if (!readPartitionFile(trace, {898, 908, 914}, area,
-                               dir + QLatin1Char('/') + areaId + tableSuffix, plaintext))
+        if (!readPartitionFile(trace, {898, 908, 914}, area, filePath(dir, areaId, tableSuffix),
+                               plaintext))
             return false;
         const std::size_t pixelBytes = valuesPerPixel() * sizeof(int);
         const std::size_t pixelCount = areaPixelCount(*area);
@@ -174,8 +172,8 @@ bool MultiLayerPartitionMerge::readZipCoef(QString dir, QString areaId,
     return withoutThrowing(trace, 968, [&] {
         const AreaInfoBase *area = m_areas.value(areaId);
         std::vector<unsigned char> plaintext;
-        if (!readPartitionFile(trace, {948, 956, 962}, area,
-                               dir + QLatin1Char('/') + areaId + packedSuffix, plaintext))
+        if (!readPartitionFile(trace, {948, 956, 962}, area, filePath(dir, areaId, packedSuffix),
+                               plaintext))
             return false;
         // Its length is not known here: it depends on the packed width of the writer.
         if (plaintext.empty() && areaPixelCount(*area) > 0 && valuesPerPixel() > 0) {

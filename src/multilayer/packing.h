@@ -4,6 +4,9 @@
 #include "seamrevision/nqrect.h"
 #include "seamrevision/zonebaseinfo.h"
 
+#include <QtGlobal>
+
+#include <cstddef>
 #include <vector>
 
 namespace seamrevision
@@ -12,6 +15,11 @@ namespace seamrevision
 /// The rectangle of a zone, or of the screen, that a packed block covers.
 ST_LedZoneInfo ledZoneInfo(const ZoneBaseInfo &zone);
 ST_LedZoneInfo ledZoneInfo(const NQRect &screen);
+
+constexpr std::size_t valuesPerWord = 3;
+
+/// The word of three values, as a number; see packCoefs().
+quint32 packedWord(const int *values);
 
 /// Packs a table of layered coefficients, one row a pixel, into 10-bit codes.
 ///

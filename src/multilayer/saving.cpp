@@ -1,11 +1,13 @@
 #include "seamrevision/multilayerpartitionmerge.h"
 
 #include "coeffiles/textdump.h"
+#include "multilayer/comingfiles.h"
 #include "multilayer/movedrows.h"
 #include "multilayer/packing.h"
 #include "records/pixelmath.h"
 #include "records/trace.h"
 #include "revision/exacttype.h"
+#include "revision/filesahead.h"
 #include "revision/pixelwindow.h"
 #include "revision/saving.h"
 #include "revision/screentable.h"
@@ -49,6 +51,13 @@ bool copyIntoScreen(const MultiLayerCoefZoneInfo &zone, const PixelWindow &own,
     return true;
 }
 
+/// What a row of a table takes in memory: the vector and its block, for which allocators need about
+/// two pointers.
+std::size_t tableRowBytes(std::size_t valuesPerPixel)
+{
+    return sizeof(std::vector<int>) + valuesPerPixel * sizeof(int) + 2 * sizeof(void *);
+}
+
 void capCoefficients(CoefTable &table)
 {
     for (std::vector<int> &row : table) {
@@ -74,6 +83,9 @@ public:
         if (isExactly(engine))
             m_movedRows.emplace(engine.m_screenRect, result.multiLayerCoefData);
     }
+
+    void encryptAhead(const QMap<int, MultiLayerCoefZoneInfo *> &zones,
+                      const QMap<QString, AreaInfoBase *> &areas);
 
     static bool hasCoefs(const MultiLayerCoefZoneInfo &zone)
     {
@@ -110,6 +122,7 @@ private:
     /// Where nobody can have replaced a step, nobody sees the zones again nor the table before it
     /// is finished: the rows need not be copied.
     std::optional<MovedRows> m_movedRows;
+    std::optional<FilesAhead> m_filesAhead;
 };
 
 enum_ErrCodeType MultiLayerPartitionMerge::saveRevisedCoef(
@@ -118,15 +131,35 @@ enum_ErrCodeType MultiLayerPartitionMerge::saveRevisedCoef(
 {
     const Trace trace(QStringLiteral("MultiLayerPartitionMerge::saveRevisedCoef"));
     Saving saving(*this, trace, dir, screenType, result);
+    saving.encryptAhead(coefsZoneInfos, areas);
     const auto code = saveEachZone(trace, {283, 294, 306, 325}, coefsZoneInfos, areas, saving);
     if (code == ErrCode_Success)
         saving.finish();
     return code;
 }
 
+/// With files all zones are final now; their ciphertexts may take 0.7 of the table with its packed
+/// form.
+void MultiLayerPartitionMerge::Saving::encryptAhead(
+    const QMap<int, MultiLayerCoefZoneInfo *> &zones, const QMap<QString, AreaInfoBase *> &areas)
+{
+    if (!m_toFile)
+        return;
+    const std::size_t valuesPerPixel = m_engine.valuesPerPixel();
+    const unsigned int packedWidth = MultiLayerConfig::instance()->coefBitWide();
+    const std::size_t pixelBytes = tableRowBytes(valuesPerPixel)
+        + valuesPerPixel / valuesPerWord * static_cast<std::size_t>(packedWidth);
+    m_filesAhead.emplace(zones, areas, m_result.multiLayerCoefData.size() * pixelBytes / 10 * 7,
+                         [=](const MultiLayerCoefZoneInfo &zone, const AreaInfoBase &area) {
+                             return comingFiles(m_dir, zone, area, valuesPerPixel, packedWidth);
+                         });
+}
+
 enum_ErrCodeType MultiLayerPartitionMerge::Saving::save(int number, MultiLayerCoefZoneInfo &zone,
                                                         MultiLayerCoefZoneInfo &areaZone)
 {
+    if (m_filesAhead)
+        m_filesAhead->reach(number);
     const PixelWindow own = windowInside(zone, areaZone);
     if (m_toFile)
         makeOwnRows(own, areaZone);

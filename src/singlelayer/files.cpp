@@ -22,7 +22,7 @@ bool PartitionMerge::saveCombineAreaCoef(QString dir, CoefsZoneInfo *zone)
             trace.debug(387, "mkpath failed!");
             return false;
         }
-        const QString path = dir + QLatin1Char('/') + zone->getAreaID();
+        const QString path = filePath(dir, zone->getAreaID());
         if (!writeEncrypted(path, littleEndianBytes(zone->m_arrayData))) {
             trace.debug(398, "Save encryptFile failed!");
             return false;
@@ -37,7 +37,7 @@ bool PartitionMerge::readCoef(QString dir, QString areaId, std::vector<unsigned 
     const Trace trace(QStringLiteral("PartitionMerge::readCoef"));
     return withoutThrowing(trace, 442, [&] {
         trace.debug(411, "start!");
-        const QString path = dir + QLatin1Char('/') + areaId;
+        const QString path = filePath(dir, areaId);
         if (!QFile::exists(path)) {
             trace.critical(416, "Coefs file not exists!");
             return false;

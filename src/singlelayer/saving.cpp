@@ -1,9 +1,13 @@
 #include "seamrevision/partitionmerge.h"
 
+#include "coeffiles/container.h"
+#include "coeffiles/rowreader.h"
 #include "coeffiles/textdump.h"
+#include "coeffiles/valuebytes.h"
 #include "records/pixelmath.h"
 #include "records/trace.h"
 #include "revision/exacttype.h"
+#include "revision/filesahead.h"
 #include "revision/pixelwindow.h"
 #include "revision/saving.h"
 #include "revision/screentable.h"
@@ -11,6 +15,7 @@
 #include "singlelayer/coefs.h"
 
 #include <algorithm>
+#include <optional>
 
 using namespace seamrevision;
 
@@ -71,6 +76,27 @@ bool placeIntoScreen(const Trace &trace, const IndexTags &tags, const CoefsZoneI
     return true;
 }
 
+/// The file of a partition as saving will write it: the own values one after the other, zeros
+/// behind them. None where the zone lacks values: saving will fail.
+std::vector<ComingFile> comingFile(const QString &path, const CoefsZoneInfo &zone,
+                                   const AreaInfoBase &area)
+{
+    const PixelWindow own = windowInside(zone, area);
+    if (own.rowCount == 0 || !holdsWindow(zone.m_arrayData, own))
+        return {};
+    const std::size_t rowValues = static_cast<std::size_t>(own.colCount) * valuesPerPixel;
+    const auto makeRow = [&zone, own, rowValues](std::size_t row, unsigned char *bytes) {
+        if (row < static_cast<std::size_t>(own.rowCount)) {
+            const std::size_t first = own.rowStart(static_cast<qint64>(row)) * valuesPerPixel;
+            writeLittleEndian(zone.m_arrayData.data() + first, rowValues, bytes);
+        } else {
+            std::fill_n(bytes, rowValues * sizeof(unsigned short), 0);
+        }
+    };
+    return {{path, valueCount(areaPixelCount(area)) * sizeof(unsigned short),
+             RowReader(rowValues * sizeof(unsigned short), makeRow)}};
+}
+
 void capCoefficients(std::vector<unsigned short> &coefs)
 {
     for (unsigned short &value : coefs)
@@ -94,6 +120,9 @@ public:
     {
     }
 
+    void encryptAhead(const QMap<int, CoefsZoneInfo *> &zones,
+                      const QMap<QString, AreaInfoBase *> &areas);
+
     static bool hasCoefs(const CoefsZoneInfo &zone) { return zone.getCoefsSize() > 0; }
 
     void setOwnRect(CoefsZoneInfo &areaZone, AreaInfoBase &area) const
@@ -103,7 +132,7 @@ public:
         m_engine.AreaInfoToCoefZoneInfo(&areaZone, &area, width, height);
     }
 
-    enum_ErrCodeType save(int number, const CoefsZoneInfo &zone, CoefsZoneInfo &areaZone) const;
+    enum_ErrCodeType save(int number, const CoefsZoneInfo &zone, CoefsZoneInfo &areaZone);
     void finish() const;
 
 private:
@@ -114,6 +143,7 @@ private:
     /// Nobody sees the table before it is finished: its values are capped where they are placed.
     const bool m_capsEarly;
     ST_ReviseResult &m_result;
+    std::optional<FilesAhead> m_filesAhead;
 };
 
 enum_ErrCodeType PartitionMerge::saveRevisedCoef(const QMap<int, CoefsZoneInfo *> &coefs,
@@ -123,15 +153,31 @@ enum_ErrCodeType PartitionMerge::saveRevisedCoef(const QMap<int, CoefsZoneInfo *
 {
     const Trace trace(QStringLiteral("PartitionMerge::saveRevisedCoef"));
     Saving saving(*this, trace, path, screenType, result);
+    saving.encryptAhead(coefs, areas);
     const auto code = saveEachZone(trace, {624, 634, 646, 668}, coefs, areas, saving);
     if (code == ErrCode_Success)
         saving.finish();
     return code;
 }
 
-enum_ErrCodeType PartitionMerge::Saving::save(int, const CoefsZoneInfo &zone,
-                                              CoefsZoneInfo &areaZone) const
+/// With files all zones are final now; their ciphertexts may take 0.7 of the table.
+void PartitionMerge::Saving::encryptAhead(const QMap<int, CoefsZoneInfo *> &zones,
+                                          const QMap<QString, AreaInfoBase *> &areas)
 {
+    if (!m_toFile)
+        return;
+    const std::size_t tableBytes = m_result.coefData.size() * sizeof(unsigned short);
+    m_filesAhead.emplace(zones, areas, tableBytes / 10 * 7,
+                         [this](const CoefsZoneInfo &zone, const AreaInfoBase &area) {
+                             return comingFile(filePath(m_path, area.getAreaNum()), zone, area);
+                         });
+}
+
+enum_ErrCodeType PartitionMerge::Saving::save(int number, const CoefsZoneInfo &zone,
+                                              CoefsZoneInfo &areaZone)
+{
+    if (m_filesAhead)
+        m_filesAhead->reach(number);
     const IndexTags indexTags = m_toFile ? IndexTags{705, 710} : IndexTags{728, 733};
     std::vector<unsigned short> *const ownCoefs = m_toFile ? &areaZone.m_arrayData : nullptr;
     if (ownCoefs)

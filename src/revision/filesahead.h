@@ -1,0 +1,64 @@
+#pragma once
+
+#include "coeffiles/preparedfiles.h"
+#include "seamrevision/areainfobase.h"
+
+#include <QMap>
+#include <QString>
+
+#include <cstddef>
+#include <utility>
+#include <vector>
+
+namespace seamrevision
+{
+
+/// Encrypts the files of zones that are about to be saved ahead of their saving, in even groups as
+/// large as the memory for it allows. It calls nothing of the host's, reports nothing and cannot
+/// fail: a file that it did not prepare is encrypted when it is written.
+class FilesAhead
+{
+public:
+    /// The files of all zones that saveEachZone() will save; comingFiles(zone, area) gives those of
+    /// one. The ciphertexts of a group take at most so many bytes.
+    template <typename Zone, typename ComingFiles>
+    FilesAhead(const QMap<int, Zone *> &zones, const QMap<QString, AreaInfoBase *> &areas,
+               std::size_t mostBytes, ComingFiles comingFiles) noexcept
+        : m_groupBytes(mostBytes)
+    {
+        try {
+            for (auto entry = zones.begin(); entry != zones.end(); ++entry) {
+                const Zone *const zone = entry.value();
+                const AreaInfoBase *const area = zone ? areas.value(zone->getAreaID()) : nullptr;
+                if (area && area->getCorrectAreaStateType() == SubAreaState_Corrected)
+                    add(entry.key(), comingFiles(*zone, *area));
+            }
+            divideEvenly();
+        } catch (...) { // saved without
+            m_partitions.clear();
+        }
+    }
+
+    /// To be called before a partition is saved, in ascending order of their numbers: prepares the
+    /// next group where it begins.
+    void reach(int number) noexcept;
+
+private:
+    struct Partition
+    {
+        int number;
+        std::size_t bytes;
+        std::vector<ComingFile> files;
+    };
+
+    void add(int number, std::vector<ComingFile> files);
+    void divideEvenly();
+    std::vector<ComingFile> takeGroup();
+
+    std::size_t m_groupBytes;
+    std::vector<Partition> m_partitions;
+    std::size_t m_next = 0; ///< the first partition of the next group
+    PreparedFiles m_prepared;
+};
+
+} // namespace seamrevision
