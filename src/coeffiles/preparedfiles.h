@@ -1,5 +1,7 @@
 #pragma once
 
+#include "coeffiles/plaintextdigest.h"
+
 #include <QString>
 
 #include <cstddef>
@@ -16,7 +18,7 @@ struct ComingFile
 {
     QString path;
     std::size_t plaintextBytes = 0;
-    /// Writes the next count bytes of the plaintext.
+    /// Writes the next count bytes of the plaintext, at most PlaintextDigest::mostPieceBytes.
     std::function<void(unsigned char *bytes, std::size_t count)> read;
 };
 
@@ -49,8 +51,20 @@ public:
     static Ciphertext take(const QString &path, const std::vector<unsigned char> &plaintext);
 
 private:
+    struct Prepared
+    {
+        explicit Prepared(const PlaintextDigest::Keys &keys)
+            : plaintext(keys)
+        {
+        }
+        PlaintextDigest plaintext;
+        Ciphertext ciphertext;
+    };
+    void encrypt(const std::vector<ComingFile> &files);
+
     PreparedFiles *const m_outer;
-    std::map<QString, Ciphertext> m_ciphertexts;
+    PlaintextDigest::Keys m_keys{};
+    std::map<QString, Prepared> m_files; ///< by path
 };
 
 } // namespace seamrevision

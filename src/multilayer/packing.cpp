@@ -14,21 +14,6 @@ namespace
 
 constexpr std::size_t wordBytes = sizeof(quint32);
 
-quint32 code(int value)
-{
-    return static_cast<quint32>(std::clamp(value, 512, 2559) - 512) / 2;
-}
-
-} // namespace
-
-quint32 packedWord(const int *values)
-{
-    return code(values[0]) | code(values[1]) << 10 | code(values[2]) << 20;
-}
-
-namespace
-{
-
 /// Packs a pixel into the bytes from offset to end.
 void packRow(const std::vector<int> &row, unsigned char *packed, std::size_t offset,
              std::size_t end)

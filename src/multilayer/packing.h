@@ -6,6 +6,7 @@
 
 #include <QtGlobal>
 
+#include <algorithm>
 #include <cstddef>
 #include <vector>
 
@@ -19,7 +20,12 @@ ST_LedZoneInfo ledZoneInfo(const NQRect &screen);
 constexpr std::size_t valuesPerWord = 3;
 
 /// The word of three values, as a number; see packCoefs().
-quint32 packedWord(const int *values);
+inline quint32 packedWord(const int *values)
+{
+    const auto code
+        = [](int value) { return static_cast<quint32>(std::clamp(value, 512, 2559) - 512) / 2; };
+    return code(values[0]) | code(values[1]) << 10 | code(values[2]) << 20;
+}
 
 /// Packs a table of layered coefficients, one row a pixel, into 10-bit codes.
 ///

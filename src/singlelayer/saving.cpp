@@ -181,7 +181,7 @@ enum_ErrCodeType PartitionMerge::Saving::save(int number, const CoefsZoneInfo &z
     const IndexTags indexTags = m_toFile ? IndexTags{705, 710} : IndexTags{728, 733};
     std::vector<unsigned short> *const ownCoefs = m_toFile ? &areaZone.m_arrayData : nullptr;
     if (ownCoefs)
-        ownCoefs->assign(valueCount(zonePixelCount(areaZone)), 0);
+        ownCoefs->resize(valueCount(zonePixelCount(areaZone)));
     if (!placeIntoScreen(m_trace, indexTags, zone, windowInside(zone, areaZone),
                          ScreenTable(m_engine.m_screenRect), m_result.coefData,
                          m_capsEarly ? copyCapped : copyValues, ownCoefs))
