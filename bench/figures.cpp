@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <malloc.h>
 #include <time.h>
 
 namespace bench
@@ -94,6 +95,15 @@ double threadMilliseconds()
     timespec time{};
     clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
     return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
+}
+
+void keepMemory(bool keeps)
+{
+    constexpr int usual = 128 * 1024;
+    mallopt(M_MMAP_THRESHOLD, keeps ? 1 << 30 : usual);
+    mallopt(M_TRIM_THRESHOLD, keeps ? -1 : usual);
+    if (!keeps)
+        malloc_trim(0);
 }
 
 void report(benchmark::State &state, const Figure &figure, const PairedTimes &times)

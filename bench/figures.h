@@ -88,6 +88,10 @@ PairedTimes timeInTurns(Ours ours, Yardstick yardstick)
     return timeInTurns(ours, yardstick, [] {});
 }
 
+/// Makes the allocator keep what it has, or, as it does by itself, give large blocks back to the
+/// system at once. Fresh pages cost more than most of what is measured, and never the same.
+void keepMemory(bool keeps);
+
 /// Hands times to the benchmark's state, which must be one of registerFigure()'s, and the figure
 /// to the table.
 void report(benchmark::State &state, const Figure &figure, const PairedTimes &times);

@@ -5,7 +5,6 @@
 #include <QtGlobal>
 
 #include <cstring>
-#include <malloc.h>
 
 namespace
 {
@@ -17,10 +16,7 @@ void discard(QtMsgType, const QMessageLogContext &, const QString &) {}
 int main(int argc, char **argv)
 {
     qInstallMessageHandler(discard);
-    // Fresh pages from the system cost more than most of what is measured, and never the same: the
-    // allocator keeps what it has.
-    mallopt(M_MMAP_THRESHOLD, 1 << 30);
-    mallopt(M_TRIM_THRESHOLD, -1);
+    bench::keepMemory(true);
     if (argc == 3 && std::strcmp(argv[1], bench::peakMemoryArgument) == 0)
         return bench::runForPeakMemory(argv[2]);
 

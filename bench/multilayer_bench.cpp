@@ -62,6 +62,12 @@ void registerLayeredCases()
     });
     if (haveLibcrypto())
         registerFigure("Figure3_LayeredFiles/1920x1080", reviseIntoFiles);
+    registerFigure("Figure2_Layered/notkept/1920x1080", [](benchmark::State &state) {
+        keepMemory(false);
+        revise(state, MemoryDatabase::Filling::InPlace,
+               {"2 four layers 1920x1080, memory not kept", 1.6, Figure::OverBound});
+        keepMemory(true);
+    });
     registerFigure("Figure2_Layered/replaced/1920x1080", [](benchmark::State &state) {
         revise(state, MemoryDatabase::Filling::Replace,
                {"2 four layers 1920x1080, tables replaced", 1.6, Figure::OverBound});

@@ -5,12 +5,14 @@
 #include "figures.h"
 #include <seamrevision/multilayerpartitionmerge.h>
 
+#include <QTemporaryDir>
+
 #include <cstdio>
-#include <cstring>
 #include <fstream>
 #include <limits.h>
 #include <malloc.h>
 #include <memory>
+#include <string>
 #include <unistd.h>
 
 namespace bench
@@ -20,7 +22,19 @@ namespace
 {
 
 constexpr const char *singleLayer = "single-layer";
+constexpr const char *singleLayerFiles = "single-layer-files";
 constexpr const char *layered = "layered";
+constexpr const char *layeredFiles = "layered-files";
+
+bool isLayeredRun(const char *engine)
+{
+    return engine == std::string(layered) || engine == std::string(layeredFiles);
+}
+
+bool isFileRun(const char *engine)
+{
+    return engine == std::string(singleLayerFiles) || engine == std::string(layeredFiles);
+}
 
 /// A row of /proc/self/status, in bytes.
 double statusBytes(const std::string &row)
@@ -66,7 +80,7 @@ void measure(benchmark::State &state, const char *engine, const Figure &figure)
         state.SkipWithError("the run failed");
         return;
     }
-    const bool isLayered = std::strcmp(engine, layered) == 0;
+    const bool isLayered = isLayeredRun(engine);
     state.counters["peak_bytes"] = peak;
     reportValue(state, figure, peak / tableBytes(wallFor(isLayered), isLayered));
 }
@@ -75,7 +89,7 @@ void measure(benchmark::State &state, const char *engine, const Figure &figure)
 
 int runForPeakMemory(const char *engine)
 {
-    const bool isLayered = std::strcmp(engine, layered) == 0;
+    const bool isLayered = isLayeredRun(engine);
     const Wall wall = wallFor(isLayered);
     MemoryDatabase database(
         wall, isLayered ? MemoryDatabase::Kind::Layered : MemoryDatabase::Kind::SingleLayer);
@@ -86,7 +100,9 @@ int runForPeakMemory(const char *engine)
     malloc_trim(0);
     std::ofstream("/proc/self/clear_refs") << 5; // the peak starts anew
     const double before = statusBytes("VmRSS:");
-    if (wall.reviseWith(*merge).isSuccess != 1)
+    const QTemporaryDir directory;
+    const auto type = isFileRun(engine) ? ScreenType_PartitionFile : enum_ScreenType(0);
+    if (wall.reviseWith(*merge, type, directory.path()).isSuccess != 1)
         return 1;
     std::printf("%.0f\n", statusBytes("VmHWM:") - before);
     return 0;
@@ -96,6 +112,12 @@ void registerMemoryCases()
 {
     registerFigure("Figure7_PeakMemory/3840x2160", [](benchmark::State &state) {
         measure(state, singleLayer, {"7 peak memory, single layer 3840x2160", 2.4});
+    });
+    registerFigure("Figure7_PeakMemory/files/3840x2160", [](benchmark::State &state) {
+        measure(state, singleLayerFiles, {"7 peak memory, single layer 3840x2160, files", 2.9});
+    });
+    registerFigure("Figure7_PeakMemory/layered/files/1920x1080", [](benchmark::State &state) {
+        measure(state, layeredFiles, {"7 peak memory, four layers 1920x1080, files", 2.4});
     });
     registerFigure("Figure7_PeakMemory/layered/1920x1080", [](benchmark::State &state) {
         measure(state, layered, {"7 peak memory, four layers 1920x1080", 2.4});

@@ -57,15 +57,21 @@ private:
     PartitionMerge m_engine;
 };
 
-void revise(benchmark::State &state)
+void revise(benchmark::State &state, const Figure &figure)
 {
     RevisedWall wall(3840, 2160);
     if (!wall.isRight()) {
         state.SkipWithError("the result is wrong");
         return;
     }
-    report(state, {"1 single layer 3840x2160", 1.8, Figure::OverBound},
-           timeInTurns([&] { wall.revise(); }, [&] { wall.move(); }));
+    report(state, figure, timeInTurns([&] { wall.revise(); }, [&] { wall.move(); }));
+}
+
+void reviseInFreshMemory(benchmark::State &state)
+{
+    keepMemory(false);
+    revise(state, {"1 single layer 3840x2160, memory not kept", 1.8, Figure::OverBound});
+    keepMemory(true);
 }
 
 /// Whether every file holds its part of the table, but for the cap.
@@ -140,7 +146,10 @@ void growth(benchmark::State &state, int width, int height)
 
 void registerSingleLayerCases()
 {
-    registerFigure("Figure1_SingleLayer/3840x2160", revise);
+    registerFigure("Figure1_SingleLayer/3840x2160", [](benchmark::State &state) {
+        revise(state, {"1 single layer 3840x2160", 1.8, Figure::OverBound});
+    });
+    registerFigure("Figure1_SingleLayer/notkept/3840x2160", reviseInFreshMemory);
     if (haveLibcrypto())
         registerFigure("Figure3_SingleLayerFiles/3840x2160", reviseIntoFiles);
     registerFigure("Figure8_Growth/1920x1080",

@@ -101,6 +101,11 @@ TEST_F(CoefFiles, WhatIsWrittenIsReadBackAndReplacesWhatWasThere)
     EXPECT_EQ(values, zone.m_arrayData);
     EXPECT_EQ(table, (Pixels{{0x01020304, -1, 4096}, {INT_MIN, 0, 0, 8}}));
     EXPECT_EQ(packed, rows.m_zipCoefs);
+    const int *const firstRow = table[0].data();
+    table[0].assign(2, 7); // its memory still holds three
+    EXPECT_TRUE(layered.readCoef(host.path(), "1", table, packed));
+    EXPECT_EQ(table, (Pixels{{0x01020304, -1, 4096}, {INT_MIN, 0, 0, 8}}));
+    EXPECT_EQ(table[0].data(), firstRow); // what has room is filled in place
     zone.m_arrayData.clear();
     ASSERT_TRUE(saveBoth());
     EXPECT_EQ(readFile(host.path("1")).size(), 8);

@@ -67,13 +67,13 @@ protected:
         return count;
     }
 
-    Host host{evenWall(2, 1, 1, 1, {2001, 2002, 2003, 2004}, Engine::layers)};
+    Host host{evenWall(2, 1, 1, 1, {2001, 2002, 2003, 2004}, layersOf<Engine>)};
     const QString directory = host.path();
-    Engine engine;
+    Engine engine = makeEngine<Engine>();
     std::unique_ptr<std::string> lastEvent;
 };
 
-using Engines = ::testing::Types<SingleLayer, Layered>;
+using Engines = ::testing::Types<PartitionMerge, MultiLayerPartitionMerge, SingleLayer, Layered>;
 TYPED_TEST_SUITE(ScarceMemory, Engines, );
 
 TYPED_TEST(ScarceMemory, NothingLeavesAnOperationWhenItStaysExhausted)
@@ -86,7 +86,7 @@ TYPED_TEST(ScarceMemory, NothingLeavesAnOperationWhenItStaysExhausted)
     wallmodel::Pixels table;
     std::vector<unsigned char> packed;
     EXPECT_GT(this->failures([&] {
-        if constexpr (TypeParam::layers > 0)
+        if constexpr (layersOf < TypeParam >> 0)
             return this->engine.readCoef(this->directory, id, table, packed);
         else
             return this->engine.readCoef(this->directory, id, values);

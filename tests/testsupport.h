@@ -10,6 +10,7 @@
 
 #include <functional>
 #include <ostream>
+#include <type_traits>
 #include <utility>
 
 /// What several tests share; testsupport.cpp also has their main().
@@ -128,6 +129,20 @@ struct Layered : MultiLayerPartitionMerge
     using Zone = MultiLayerCoefZoneInfo;
     static constexpr int layers = 4;
 };
+
+/// The layer count of any engine as it is made; 0 for the single-layer one.
+template <typename Engine>
+constexpr int layersOf = std::is_base_of_v<MultiLayerPartitionMerge, Engine> ? 4 : 0;
+
+/// A new engine of any class, also of exactly the library's own ones.
+template <typename Engine>
+Engine makeEngine()
+{
+    if constexpr (std::is_same_v<Engine, MultiLayerPartitionMerge>)
+        return Engine({});
+    else
+        return Engine();
+}
 
 void setRect(ZoneBaseInfo &zone, const wallmodel::Rect &rect);
 void setPixels(CoefsZoneInfo &zone, const wallmodel::Pixels &pixels);

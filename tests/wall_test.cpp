@@ -112,9 +112,9 @@ void expectEqual(const Outcome &actual, const Outcome &expected)
 template <typename Engine>
 void compareOnRandomWalls()
 {
-    constexpr bool layered = Engine::layers > 0;
+    constexpr bool layered = layersOf < Engine >> 0;
     constexpr unsigned int count = 600;
-    Engine engine;
+    Engine engine = makeEngine<Engine>();
     std::map<int, int> codes;
     for (unsigned int seed = 1; seed <= count && !::testing::Test::HasFailure(); ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
@@ -139,11 +139,13 @@ void compareOnRandomWalls()
 
 TEST(Wall, SingleLayerEngineAgreesWithThePlainModel)
 {
-    compareOnRandomWalls<SingleLayer>();
+    compareOnRandomWalls<PartitionMerge>();
+    compareOnRandomWalls<SingleLayer>(); // for which results are copied
 }
 
 TEST(Wall, MultiLayerEngineAgreesWithThePlainModel)
 {
+    compareOnRandomWalls<MultiLayerPartitionMerge>();
     compareOnRandomWalls<Layered>();
 }
 
