@@ -24,7 +24,7 @@ template <typename Engine>
 class BothEngines : public ::testing::Test
 {
 protected:
-    static constexpr bool layered = Engine::layers > 0;
+    static constexpr bool layered = layersOf<Engine> > 0;
 
     /// A traced line with the number that it has in this engine.
     static QString line(char level, const char *function, int singleTag, int layeredTag,
@@ -35,12 +35,21 @@ protected:
                                  layered ? layeredTag : singleTag, text);
     }
 
-    Engine engine;
+    Engine engine = makeEngine<Engine>();
     LogCapture log;
 };
 
 using Engines = ::testing::Types<SingleLayer, Layered>;
 TYPED_TEST_SUITE(BothEngines, Engines, );
+
+/// Beside them the library's own classes, which spare copies.
+template <typename Engine>
+class OwnAndDerivedEngines : public BothEngines<Engine>
+{
+};
+
+using AllEngines = ::testing::Types<PartitionMerge, MultiLayerPartitionMerge, SingleLayer, Layered>;
+TYPED_TEST_SUITE(OwnAndDerivedEngines, AllEngines, );
 
 void block(const Host &host, const char *single, const char *layered)
 {
@@ -49,7 +58,7 @@ void block(const Host &host, const char *single, const char *layered)
 
 } // namespace
 
-TYPED_TEST(BothEngines, EveryFailureEndsWithItsCodeTextAndLineAndLeavesWhatWasThere)
+TYPED_TEST(OwnAndDerivedEngines, EveryFailureEndsWithItsCodeTextAndLineAndLeavesWhatWasThere)
 {
     const auto traced = [](char level, int singleTag, int layeredTag, const char *text) {
         return TestFixture::line(level, "boundaryModifying", singleTag, layeredTag, text);
@@ -104,7 +113,7 @@ TYPED_TEST(BothEngines, EveryFailureEndsWithItsCodeTextAndLineAndLeavesWhatWasTh
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(&row - rows);
-        Host host(evenWall(2, 4, 3, 1, {2001, 2002, 2003, 2004}, TypeParam::layers));
+        Host host(evenWall(2, 4, 3, 1, {2001, 2002, 2003, 2004}, layersOf<TypeParam>));
         host.wall.stored.erase(2);
         host.wall.screenType = 1;
         row.spoil(host);
@@ -224,10 +233,10 @@ TYPED_TEST(BothEngines, SendResultThatThrowsIsCalledOnceAndGivesABareFailure)
     }
 }
 
-TYPED_TEST(BothEngines, DatabaseFindsInTheZoneWhatItLeftThere)
+TYPED_TEST(OwnAndDerivedEngines, DatabaseFindsInTheZoneWhatItLeftThere)
 {
     // Partition 1 is asked for twice running, and zones of two sizes come in turns.
-    Host host(evenWall(2, 4, 3, 1, {2001, 2002, 2003, 2004}, TypeParam::layers));
+    Host host(evenWall(2, 4, 3, 1, {2001, 2002, 2003, 2004}, layersOf<TypeParam>));
     host.wall.stored[3].rect = host.wall.partitions[3];
     host.wall.stored[3].pixels.resize(12);
     host.wall.bandCols = host.wall.bandRows = 0;
