@@ -34,7 +34,7 @@ inline constexpr int exchangeCount = 3;
 using EdgePlaces = std::array<std::uint8_t, edgeCount>;
 
 /// The wire that each box's answer starts on; it ends on the one with the number of its target.
-/// Found by trial, like most orders that do not crowd more than six edges onto one wire.
+/// Found by trial: most orders crowd more than six edges onto a wire, nearly all others will do.
 inline constexpr std::array<std::uint8_t, boxCount> firstWires = {0, 1, 4, 5, 3, 7, 6, 2};
 
 constexpr int targetOf(std::size_t edge)
