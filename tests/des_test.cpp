@@ -82,6 +82,7 @@ std::vector<Bytes> encryptTogether(const Bytes &key, const std::vector<Bytes> &m
 {
     std::vector<des::Chain> chains;
     std::vector<Bytes> out;
+    out.reserve(messages.size());
     for (const Bytes &message : messages)
         out.emplace_back(des::paddedSize(message.size()) + 2, 0xa5);
     for (std::size_t i = 0; i < messages.size(); ++i) {
