@@ -206,12 +206,17 @@ struct EditingHost : PartitionMerge
         CoefsZoneInfo *const next = zones.value(QString::number(number + 1));
         if (next && number % 4 == 0)
             std::fill(next->m_arrayData.begin(), next->m_arrayData.end(), number);
+        if (number == 17 && keptValues >= 0) {
+            for (CoefsZoneInfo *later : qAsConst(zones))
+                later->m_arrayData.resize(keptValues);
+        }
         QByteArray &file = written[zone->getAreaID()];
         for (const unsigned short value : zone->m_arrayData)
             file.append(static_cast<char>(value)).append(static_cast<char>(value >> 8));
         return PartitionMerge::saveCombineAreaCoef(dir, zone);
     }
     QMap<QString, CoefsZoneInfo *> zones;
+    int keptValues = -1;
     std::map<QString, QByteArray> written;
 };
 
@@ -226,6 +231,10 @@ TEST(PreparedFiles, OverrideThatEditsZonesDuringSavingIsServedAsIfThereWereNone)
     EXPECT_EQ(outcome.files.at("3").back(), '\0');
     EXPECT_EQ(outcome.files.at("3")[outcome.files.at("3").size() - 2], 77);
     EXPECT_EQ(outcome.table.at(20), std::vector<int>(9, 4)); // the first pixel of partition 5
+
+    // Zones that shrink before their group begins are not read beyond their end.
+    engine.keptValues = 9;
+    EXPECT_EQ(Host(wall).revise(engine).code, 1804);
 }
 
 TEST(ExactType, IsToldFromADerivedClassAlsoWithoutRtti)

@@ -99,8 +99,7 @@ std::vector<ComingFile> comingFiles(const QString &directory, const MultiLayerCo
                                     unsigned int packedWidth)
 {
     const OwnPixels own(zone, area);
-    if (own.isEmpty() || valuesPerPixel == 0 || packedWidth != sizeof(quint32)
-        || !own.haveRowsOf(valuesPerPixel))
+    if (own.isEmpty() || packedWidth != sizeof(quint32) || !own.haveRowsOf(valuesPerPixel))
         return {};
     const QString id = area.getAreaNum();
     return {comingFile(filePath(directory, id, tableSuffix), own, area,

@@ -143,16 +143,18 @@ enum_ErrCodeType MultiLayerPartitionMerge::saveRevisedCoef(
 void MultiLayerPartitionMerge::Saving::encryptAhead(
     const QMap<int, MultiLayerCoefZoneInfo *> &zones, const QMap<QString, AreaInfoBase *> &areas)
 {
-    if (!m_toFile)
+    if (!m_toFile || m_engine.valuesPerPixel() == 0)
         return;
     const std::size_t valuesPerPixel = m_engine.valuesPerPixel();
+    const std::size_t packedBytes = valuesPerPixel / valuesPerWord * sizeof(quint32);
+    const std::size_t tableBytes
+        = m_result.multiLayerCoefData.size() * (tableRowBytes(valuesPerPixel) + packedBytes);
     const unsigned int packedWidth = MultiLayerConfig::instance()->coefBitWide();
-    const std::size_t pixelBytes = tableRowBytes(valuesPerPixel)
-        + valuesPerPixel / valuesPerWord * static_cast<std::size_t>(packedWidth);
-    m_filesAhead.emplace(zones, areas, m_result.multiLayerCoefData.size() * pixelBytes / 10 * 7,
-                         [=](const MultiLayerCoefZoneInfo &zone, const AreaInfoBase &area) {
-                             return comingFiles(m_dir, zone, area, valuesPerPixel, packedWidth);
-                         });
+    const auto filesOf = [=](const MultiLayerCoefZoneInfo &zone, const AreaInfoBase &area) {
+        return comingFiles(m_dir, zone, area, valuesPerPixel, packedWidth);
+    };
+    m_filesAhead.emplace(zones, areas, tableBytes / 10 * 7,
+                         valuesPerPixel * sizeof(int) + packedBytes, filesOf);
 }
 
 enum_ErrCodeType MultiLayerPartitionMerge::Saving::save(int number, MultiLayerCoefZoneInfo &zone,

@@ -1,7 +1,6 @@
 #include "revision/filesahead.h"
 
 #include <algorithm>
-#include <iterator>
 
 namespace seamrevision
 {
@@ -18,39 +17,35 @@ void FilesAhead::reach(int number) noexcept
 }
 
 /// What would not fit a group alone is left to the saving.
-void FilesAhead::add(int number, std::vector<ComingFile> files)
+void FilesAhead::add(const Partition &partition)
 {
-    std::size_t bytes = 0;
-    for (const ComingFile &file : files)
-        bytes += file.plaintextBytes;
-    if (bytes > 0 && bytes <= m_groupBytes)
-        m_partitions.push_back({number, bytes, std::move(files)});
+    if (partition.pixels <= m_groupPixels)
+        m_partitions.push_back(partition);
 }
 
-/// Lowers the size of the groups as far as it does not take more of them: two half-full groups are
+/// Makes the groups smaller as far as it does not take more of them: two half-full groups are
 /// encrypted faster than a full one and what is left.
 void FilesAhead::divideEvenly()
 {
-    std::size_t bytes = 0;
+    std::size_t pixels = 0;
     std::size_t largest = 0;
     for (const Partition &partition : m_partitions) {
-        bytes += partition.bytes;
-        largest = std::max(largest, partition.bytes);
+        pixels += partition.pixels;
+        largest = std::max(largest, partition.pixels);
     }
-    const std::size_t groupCount = bytes / (m_groupBytes + 1) + 1;
-    m_groupBytes = std::min(m_groupBytes, std::max(largest, bytes / groupCount + largest / 2));
+    const std::size_t groupCount = pixels / (m_groupPixels + 1) + 1;
+    m_groupPixels = std::min(m_groupPixels, std::max(largest, pixels / groupCount + largest / 2));
 }
 
 std::vector<ComingFile> FilesAhead::takeGroup()
 {
     std::vector<ComingFile> group;
-    std::size_t bytes = 0;
-    while (m_next < m_partitions.size() && bytes + m_partitions[m_next].bytes <= m_groupBytes) {
-        Partition &partition = m_partitions[m_next++];
-        bytes += partition.bytes;
-        group.insert(group.end(), std::make_move_iterator(partition.files.begin()),
-                     std::make_move_iterator(partition.files.end()));
-        partition.files.clear();
+    std::size_t pixels = 0;
+    while (m_next < m_partitions.size() && pixels + m_partitions[m_next].pixels <= m_groupPixels) {
+        const Partition &partition = m_partitions[m_next++];
+        pixels += partition.pixels;
+        const std::vector<ComingFile> files = partition.files();
+        group.insert(group.end(), files.begin(), files.end());
     }
     return group;
 }

@@ -167,7 +167,7 @@ void PartitionMerge::Saving::encryptAhead(const QMap<int, CoefsZoneInfo *> &zone
     if (!m_toFile)
         return;
     const std::size_t tableBytes = m_result.coefData.size() * sizeof(unsigned short);
-    m_filesAhead.emplace(zones, areas, tableBytes / 10 * 7,
+    m_filesAhead.emplace(zones, areas, tableBytes / 10 * 7, valuesPerPixel * sizeof(unsigned short),
                          [this](const CoefsZoneInfo &zone, const AreaInfoBase &area) {
                              return comingFile(filePath(m_path, area.getAreaNum()), zone, area);
                          });
