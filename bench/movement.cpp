@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <utility>
 
 namespace bench
 {
@@ -78,11 +77,11 @@ void moveLayered(const Wall &wall, const MemoryDatabase &database)
     Table table(wall.pixelCount());
     std::vector<unsigned char> packed(wall.pixelCount() * packedPixel);
     for (const auto &[number, stored] : database.stored) {
-        Table zone = stored.m_multiLayerCoefs;
-        const auto exchange = [&](std::size_t from, std::size_t to, std::size_t pixels) {
+        const Table &zone = stored.m_multiLayerCoefs;
+        const auto copy = [&](std::size_t from, std::size_t to, std::size_t pixels) {
             for (std::size_t pixel = 0; pixel < pixels; ++pixel) {
                 std::vector<int> &row = table[to + pixel];
-                row.swap(zone[from + pixel]);
+                row = zone[from + pixel];
                 for (int &value : row)
                     value = std::min(value, 4096);
                 packRow(row, packed.data() + (to + pixel) * packedPixel);
@@ -90,7 +89,7 @@ void moveLayered(const Wall &wall, const MemoryDatabase &database)
         };
         const AreaInfoBase &own = wall.partition(number);
         for (int row = own.getAreaStartRow(); row <= own.getAreaEndRow(); ++row)
-            visitOwnRow(wall, number, row, exchange);
+            visitOwnRow(wall, number, row, copy);
     }
     benchmark::DoNotOptimize(table.data());
     benchmark::DoNotOptimize(packed.data());

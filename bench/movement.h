@@ -11,8 +11,8 @@ namespace bench
 /// grows row by row of the screen.
 void moveSingleLayer(const Wall &wall, const MemoryDatabase &database);
 
-/// The database copies every stored zone into rows of its own; the rows of the partitions change
-/// hands and are capped and packed on the way.
+/// The database copies the rows of the partitions' own pixels; those very rows are capped and
+/// packed and are the table.
 void moveLayered(const Wall &wall, const MemoryDatabase &database);
 
 } // namespace bench

@@ -9,6 +9,7 @@
 #include "revision/exacttype.h"
 #include "revision/filesahead.h"
 #include "revision/pixelwindow.h"
+#include "revision/result.h"
 #include "revision/saving.h"
 #include "revision/screentable.h"
 #include "seamrevision/ledzoneinfo.h"
@@ -184,10 +185,13 @@ enum_ErrCodeType MultiLayerPartitionMerge::Saving::save(int number, MultiLayerCo
         logPlain("Save combine area cofficient failed!");
         return ErrCode_SaveCombineCoefFailed;
     }
-    if (m_movedRows && m_toFile)
-        m_movedRows->take(areaZone, windowInside(areaZone, zone));
-    else if (m_movedRows)
-        m_movedRows->take(zone, own);
+    if (m_movedRows) {
+        if (m_toFile)
+            m_movedRows->take(areaZone, windowInside(areaZone, zone));
+        else
+            m_movedRows->take(zone, own);
+        release(zone.m_multiLayerCoefs); // the band, which is all that is left of it
+    }
     return ErrCode_Success;
 }
 
