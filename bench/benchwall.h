@@ -74,6 +74,9 @@ public:
     void fillRows(const std::vector<std::vector<int>> &storedRows,
                   std::vector<std::vector<int>> &rows) const;
 
+    /// Whether it does not want the rows back that it has filled.
+    bool replacesRows() const { return m_filling == Filling::Replace; }
+
     int ReadAllIDAreaCoefIDs(QMap<int, CoefsZoneInfo *> &zones) override;
     int readAreaCoefficients(int number, CoefsZoneInfo &zone) override;
     int ReadMultiLayerAllCorrectedAreaIDs(std::vector<int> &numbers) override;

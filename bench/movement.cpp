@@ -74,14 +74,18 @@ void moveLayered(const Wall &wall, const MemoryDatabase &database)
 {
     using Table = std::vector<std::vector<int>>;
     constexpr std::size_t packedPixel = 4 * layerCount;
+    Table zone;
     Table table(wall.pixelCount());
     std::vector<unsigned char> packed(wall.pixelCount() * packedPixel);
     for (const auto &[number, stored] : database.stored) {
-        const Table &zone = stored.m_multiLayerCoefs;
-        const auto copy = [&](std::size_t from, std::size_t to, std::size_t pixels) {
+        database.fillRows(stored.m_multiLayerCoefs, zone);
+        const auto take = [&](std::size_t from, std::size_t to, std::size_t pixels) {
             for (std::size_t pixel = 0; pixel < pixels; ++pixel) {
                 std::vector<int> &row = table[to + pixel];
-                row = zone[from + pixel];
+                if (database.replacesRows())
+                    row.swap(zone[from + pixel]);
+                else
+                    row = zone[from + pixel];
                 for (int &value : row)
                     value = std::min(value, 4096);
                 packRow(row, packed.data() + (to + pixel) * packedPixel);
@@ -89,7 +93,7 @@ void moveLayered(const Wall &wall, const MemoryDatabase &database)
         };
         const AreaInfoBase &own = wall.partition(number);
         for (int row = own.getAreaStartRow(); row <= own.getAreaEndRow(); ++row)
-            visitOwnRow(wall, number, row, copy);
+            visitOwnRow(wall, number, row, take);
     }
     benchmark::DoNotOptimize(table.data());
     benchmark::DoNotOptimize(packed.data());

@@ -11,8 +11,8 @@ namespace bench
 /// grows row by row of the screen.
 void moveSingleLayer(const Wall &wall, const MemoryDatabase &database);
 
-/// The database copies the rows of the partitions' own pixels; those very rows are capped and
-/// packed and are the table.
+/// The database fills a zone in its manner; the rows of the partitions' own pixels, copied where
+/// the database wants them back and exchanged where it does not, are capped and packed.
 void moveLayered(const Wall &wall, const MemoryDatabase &database);
 
 } // namespace bench
