@@ -1,5 +1,5 @@
 #include "commands/commandline.h"
-#include "delivery/interruption.h"
+#include "process/interruption.h"
 
 #include <QCoreApplication>
 #include <QTextCodec>

@@ -35,11 +35,11 @@ document = ["--json", "-"]
 commands = [
     (0, ["simulate", wall, "--size", "101x62", "--grid", "3x2", "--band", "6x5",
          "--uncorrected", "5", "--layers", "2", "--force"]),
-    (0, ["revise", wall, "-o", out]),
-    (0, ["revise", wall, "-o", out, "--table", "--layers", "2"]),
-    (0, ["revise", wall, "-o", out, "--band", "0x0"]),
-    (1, ["revise", wall, "-o", out, "--step-limit", "0.0001%"]),
-    (3, ["revise", wall, "-o", out, "--band", "9x9"]),
+    (0, ["revise", wall, "-o", out, "--force"]),
+    (0, ["revise", wall, "-o", out, "--force", "--table", "--layers", "2"]),
+    (0, ["revise", wall, "-o", out, "--force", "--band", "0x0", "--dry-run"]),
+    (1, ["revise", wall, "-o", out, "--force", "--step-limit", "0.0001%"]),
+    (3, ["revise", wall, "-o", out, "--force", "--band", "9x9"]),
     (1, ["check", wall, "--margin", "6"]),
     (1, ["check", wall, "--band", "9x9"]),
     (1, ["check", wall, "--layers", "3"]),
@@ -52,7 +52,7 @@ for code, words in commands:
         sys.exit(f"{' '.join(words)}:\n    " + "\n    ".join(errors))
 
 # A schema that takes everything would say the same.
-broken = json.loads(run(0, "revise", wall, "-o", out, *document))
+broken = json.loads(run(0, "revise", wall, "-o", out, "--force", *document))
 del broken["seams"][0]["step"]
 broken["changes"]["mean"] = "much"
 broken["findings"].append({"kind": "x"})

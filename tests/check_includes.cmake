@@ -16,15 +16,15 @@ set(room_of_partitionmerge.h singlelayer)
 set(room_of_multilayerpartitionmerge.h multilayer)
 
 # The program knows the library by its public headers.
-set(program_rooms threads store numbers delivery exchange pictures simulation engines commands)
-set(arrows_threads "")
-set(arrows_store "")
-set(arrows_numbers store threads)
+set(program_rooms process store numbers delivery exchange pictures simulation engines commands)
+set(arrows_process "")
+set(arrows_store process)
+set(arrows_numbers process store)
 set(arrows_exchange store)
-set(arrows_delivery store exchange threads)
+set(arrows_delivery process store exchange)
 set(arrows_pictures store numbers)
 set(arrows_simulation store)
-set(arrows_engines store numbers exchange threads)
+set(arrows_engines process store numbers exchange)
 set(arrows_commands ${program_rooms})
 
 # room_of_file(FILE TREE ROOM): the path from the top of the tree; the program's main is a command.

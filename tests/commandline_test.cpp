@@ -83,7 +83,7 @@ TEST_F(Seamrevise, TheProgramEndsWithItsCodes)
         {4, "%p help >&-", "standard output cannot be written"},
         {4, "%p simulate %d/w.db --size 99x99 --grid 2x2 >&-", "standard output"},
         {0, "%p revise -q %d/w.db -o %d/o >&-", ""}, // nothing was written into the database
-        {0, "%p revise %d/w.db -o %d/o >/dev/null 2>&-", ""},
+        {0, "%p revise --force %d/w.db -o %d/o >/dev/null 2>&-", ""},
         {2, "%p revise \"$(printf '%d/w\\377.db')\" -o %d/o", "not valid UTF-8"},
         {2, "%p revise %d/w.db -o \"$(printf '%d/o\\377')\"", "not valid UTF-8"},
         {0, "cd %d; %p simulate --size 9x9 --grid 2x2 -- -w.db", "-w.db"},
@@ -102,7 +102,7 @@ TEST_F(Seamrevise, QuietCommandsPrintNothing)
 {
     EXPECT_EQ(expect(0, "simulate -q %d/w.db --size 99x99 --grid 2x2"), "");
     EXPECT_EQ(expect(0, "revise -q %d/w.db -o %d/o"), "");
-    EXPECT_NE(expect(0, "revise -qv %d/w.db -o %d/o"), "");
+    EXPECT_NE(expect(0, "revise -qv --force %d/w.db -o %d/o"), "");
 }
 
 TEST(ArgumentValues, AreTakenWholeOrNotAtAll)

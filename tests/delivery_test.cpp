@@ -1,12 +1,12 @@
 #include "delivery/deliveredset.h"
 #include "delivery/delivery.h"
 #include "delivery/filesystem.h"
-#include "delivery/interruption.h"
 #include "delivery/stagedfiles.h"
 #include "delivery/verification.h"
 #include "exchange/coefficientfile.h"
 #include "exchange/dumpcheck.h"
 #include "exchange/npywriter.h"
+#include "process/interruption.h"
 #include "store/sqlscreenstore.h"
 
 #include "programsupport.h"

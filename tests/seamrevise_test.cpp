@@ -1,10 +1,12 @@
 #include "commands/loglines.h"
+#include "delivery/filesystem.h"
 #include "engines/coefkind.h"
 #include "engines/readback.h"
 #include "exchange/jsonwriter.h"
 #include "store/sqlscreenstore.h"
 
 #include "programsupport.h"
+#include <seamrevision/des.h>
 #include <seamrevision/localconfig.h>
 
 #include <QDir>
@@ -32,7 +34,7 @@ TEST_F(Seamrevise, TablesAreNumPyArraysWithNeutralUncorrectedPartitions)
     EXPECT_EQ(single.size(), 128 + 62 * 101 * 9 * 2);
     EXPECT_EQ(single.mid(128 + pixel * 18, 18).toHex(), "000800000000000000080000000000000008");
 
-    expect(0, "revise %d/w.db -o %d/o --table --layers 2");
+    expect(0, "revise %d/w.db -o %d/o --table --layers 2 --force");
     const QByteArray layered = contents("%d/o/coefficients.npy");
     EXPECT_EQ(layered.mid(10, 118).trimmed().toStdString(),
               "{'descr': '<i4', 'fortran_order': False, 'shape': (62, 101, 6), }");
@@ -44,55 +46,77 @@ TEST_F(Seamrevise, TablesAreNumPyArraysWithNeutralUncorrectedPartitions)
 
 TEST(ReadBack, FilesThatAreNotWhatWasRevisedAreFound)
 {
-    // Partition 2 is not corrected.
+    // Partition 2 is not corrected; the values of partition 1 are above the cap of the table.
     const struct
     {
         std::unique_ptr<CoefKind> kind;
-        int layers;
+        int layers, value;
         QStringList suffixes;
-    } rows[] = {{singleLayerKind(), 0, {""}}, {layeredKind(2), 2, {"_m", "_zip"}}};
+    } rows[] = {{singleLayerKind(), 0, 2500, {""}}, {layeredKind(2), 2, 5000, {"_m", "_zip"}}};
     for (const auto &row : rows) {
         const LogLines silence(nullptr);
-        Host host(evenWall(2, 3, 2, 2, {2000, 0}, row.layers));
+        Host host(evenWall(2, 3, 2, 2, {row.value, 0}, row.layers));
         host.wall.stored.erase(2);
         ScreenLayout layout;
         layout.screen = NQRect(0, 0, 5, 1);
         layout.grid = {2, 1};
         layout.partitions = {{1, NQRect(0, 0, 2, 1)}, {2, NQRect(3, 0, 5, 1)}};
-        row.kind->run({host, layout, {1}, {2, 2}, 0, usualWeights, host.path(), true});
-        for (const QString key : {"1", "2"}) {
-            const auto fault = [&] {
-                const int left = key == "1" ? 0 : 3;
-                return checkFiles(*row.kind, host.path(), key.toInt(), {left, 0, left + 2, 1},
-                                  key == "1");
-            };
-            EXPECT_EQ(fault(), "");
-            for (const QString &suffix : row.suffixes) {
-                const QString path = host.path() + '/' + key + suffix;
-                const QByteArray good = readFile(path);
-                QByteArray flipped = good;
-                flipped[good.size() / 2] = static_cast<char>(~good[good.size() / 2]);
-                for (const QByteArray &bad : {flipped, good.left(good.size() - 8), good + good}) {
-                    writeFile(path, bad);
-                    EXPECT_TRUE(fault().contains(host.path() + '/' + key)) << path.toStdString();
+        int faults = 0;
+        EngineRequest request{host, layout, {1}, {2, 2}, 0, usualWeights, host.path(), true};
+        request.onSaved = [&](const RevisedZones &zones) {
+            for (const auto &[number, rect] : layout.partitions) {
+                const auto fault = [&, place = rect, key = number] {
+                    return readBackFault(host.path(), key, place, coefficientFormats(row.layers),
+                                         zones);
+                };
+                EXPECT_EQ(fault(), "");
+                for (const QString &suffix : row.suffixes) {
+                    const QString path = host.path() + '/' + QString::number(number) + suffix;
+                    const QByteArray good = readFile(path);
+                    const QByteArray plain = decrypted(good);
+                    std::vector<unsigned char> changed(plain.begin(), plain.end());
+                    changed[0] ^= 1;
+                    ASSERT_TRUE(DES().DESEncrypt("qalvetor", "qalvetor", changed, changed));
+                    const QByteArray other(reinterpret_cast<const char *>(changed.data()),
+                                           static_cast<int>(changed.size()));
+                    for (const QByteArray &bad : {other, good.left(good.size() - 8), good + good}) {
+                        writeFile(path, bad);
+                        EXPECT_TRUE(fault().startsWith(path + ": ")) << path.toStdString();
+                        ++faults;
+                    }
+                    writeFile(path, good);
                 }
-                writeFile(path, good);
             }
-        }
+        };
+        row.kind->run(request);
+        EXPECT_EQ(faults, 2 * 3 * row.suffixes.size());
     }
 }
 
 TEST_F(Seamrevise, OutputThatCannotBeWrittenIsNamed)
 {
     makeWall();
-    QDir().mkpath(in("%d/o/3"));
-    expect(4, "revise %d/w.db -o %d/o", "/o/3: cannot be written");
-    QDir().mkpath(in("%d/o/coefficients.npy"));
-    expect(4, "revise %d/w.db -o %d/o --table");
+    expect(4, "revise %d/w.db -o %d", "w.db: is the same file as");
     QDir().mkpath(in("%d/d/normal_area_1_before.txt"));
-    expect(4, "revise %d/w.db -o %d/t --dumps %d/d");
-    QFile::copy(in("%d/w.db"), in("%d/1"));
-    expect(4, "revise %d/1 -o %d", "overwritten");
+    expect(4, "revise %d/w.db -o %d/o --dumps %d/d", "normal_area_1_before.txt: is a directory");
+    expect(4, "revise %d/w.db -o %d/o --dumps %d/o/d", "lies in the output directory");
+    expect(4, "revise %d/w.db -o %d/o --dumps %d/o", "lies in the output directory");
+    const struct
+    {
+        const char *option;
+        int mostBlocks; ///< of 512 bytes a file
+        const char *says;
+    } rows[] = {{"--files", 16, "/1: File too large"},
+                {"--table", 40, "/coefficients.npy: File too large"},
+                {"--dumps %d/e", 40, "/normal_areaEx_1_before.txt: is not whole"}};
+    for (const auto &row : rows) {
+        const Outcome outcome = shell(QString("ulimit -f %1; %p revise -q %d/w.db -o %d/o ")
+                                          .replace("%1", QString::number(row.mostBlocks))
+                                      + row.option);
+        EXPECT_EQ(outcome.code, 4) << row.option;
+        EXPECT_NE(outcome.printed.find(row.says), std::string::npos) << outcome.printed;
+    }
+    EXPECT_EQ(entriesOf(in("%d")), (QStringList{"d", "w.db"}));
 }
 
 TEST_F(Seamrevise, DumpsAreWrittenForTheRunOnly)
@@ -101,7 +125,7 @@ TEST_F(Seamrevise, DumpsAreWrittenForTheRunOnly)
     expect(0, "revise %d/w.db -o %d/o --dumps %d/d");
     EXPECT_EQ(files("%d/d").size(), 5 * 3 + 2);
     EXPECT_TRUE(files("%d/d").contains(QString::fromUtf8("分区融合后系数.txt")));
-    expect(0, "revise %d/w.db -o %d/o --dumps %d/m --layers 2");
+    expect(0, "revise %d/w.db -o %d/o --dumps %d/m --layers 2 --force");
     EXPECT_EQ(files("%d/m").size(), 5 * 4 + 1);
     EXPECT_FALSE(LocalConfig::getInstance().isExportData());
 }

@@ -45,7 +45,7 @@ int check(const CheckOptions &options, std::ostream &out, std::ostream &err)
     if (!run.open())
         return fail(Exit_Input, run.errorText(), progress, err);
     if (run.isRevisable()) {
-        run.blend(QString(), false, noCap, [] { return false; });
+        run.blend({});
         if (run.kind().result().errCode != ErrCode_Success)
             return fail(Exit_Input, run.failureText(), progress, err);
     }

@@ -15,8 +15,8 @@
 #include "commands/simulate.h"
 #include "commands/upgrade.h"
 #include "commands/verify.h"
+#include "process/parallel.h"
 #include "store/databaseaddress.h"
-#include "threads/parallel.h"
 
 #include <CLI/CLI.hpp> // App.hpp only declares what making an App needs
 

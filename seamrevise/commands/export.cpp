@@ -6,8 +6,11 @@
 #include "commands/outputfiles.h"
 #include "commands/progress.h"
 #include "commands/storedcoefficients.h"
+#include "delivery/stagedfiles.h"
 #include "exchange/layoutfile.h"
 #include "exchange/npywriter.h"
+#include "process/interruption.h"
+#include "store/databaseaddress.h"
 #include "store/sqlscreenstore.h"
 
 #include <QDir>
@@ -30,7 +33,6 @@ public:
         , m_out(out)
         , m_err(err)
         , m_progress(options.common.showProgress ? &err : nullptr)
-        , m_dir(options.outputDir)
     {
     }
 
@@ -40,7 +42,9 @@ private:
     int prepareDirectory();
     int writeCoefficients();
     int writeLayout();
+    int commit();
     int report();
+    QString pathOf(const QString &name) const;
     QString fileName(const StoredKind &kind) const;
     int fail(ExitCode code, const QString &message);
 
@@ -48,8 +52,8 @@ private:
     std::ostream &m_out;
     std::ostream &m_err;
     Progress m_progress;
-    const QDir m_dir;
     SqlScreenStore m_store;
+    StagedFiles m_files;
     std::vector<StoredKind> m_kinds;
     ImportLayout m_layout;
     QStringList m_written; ///< names in the directory
@@ -61,29 +65,36 @@ int WallExport::run()
         return fail(Exit_Input, m_store.errorText());
     m_layout.layout = m_store.layout();
     int code = prepareDirectory();
-    if (code != Exit_Done)
-        return code;
-    code = writeCoefficients();
+    if (code == Exit_Done)
+        code = writeCoefficients();
     if (code == Exit_Done)
         code = writeLayout();
     if (code == Exit_Done)
-        return report();
-    for (const QString &name : m_written)
-        QFile::remove(m_dir.filePath(name));
-    return code;
+        code = commit();
+    return code == Exit_Done ? report() : code;
 }
 
 int WallExport::prepareDirectory()
 {
-    if (!m_options.overwrite && m_dir.exists() && !m_dir.isEmpty())
+    const QString &dir = m_options.outputDir;
+    if (!m_options.overwrite && QDir(dir).exists() && !QDir(dir).isEmpty())
         return fail(Exit_Output,
-                    m_options.outputDir
-                        + QStringLiteral(" is not empty; --force replaces files in it"));
-    const QString layoutPath = m_dir.filePath(layoutName);
-    if (!QDir().mkpath(m_options.outputDir) || !QFileInfo(m_options.outputDir).isWritable()
-        || (QFileInfo::exists(layoutPath) && !QFile::remove(layoutPath)))
-        return fail(Exit_Output, m_options.outputDir + QStringLiteral(": it cannot be written"));
-    return Exit_Done;
+                    dir + QStringLiteral(" is not empty; --force replaces files in it"));
+    Place place;
+    QString fault = findPlace(dir, place);
+    if (fault.isEmpty() && QFileInfo::exists(dir) && !QFileInfo(dir).isDir())
+        fault = dir + QStringLiteral(": is not a directory");
+    if (fault.isEmpty())
+        fault = m_files.begin({place.path(), QStringLiteral("export")},
+                              isUrl(m_options.database) ? QStringList()
+                                                        : QStringList(m_options.database));
+    return fault.isEmpty() ? int{Exit_Done} : fail(Exit_Output, fault);
+}
+
+/// Where a file is written.
+QString WallExport::pathOf(const QString &name) const
+{
+    return m_files.path() + QLatin1Char('/') + name;
 }
 
 int WallExport::writeCoefficients()
@@ -96,7 +107,7 @@ int WallExport::writeCoefficients()
         const QString name = fileName(kind);
         m_written += name;
         const QString wrong
-            = writeSource(m_dir.filePath(name), m_options.format, kind.zone.rect, coefficients);
+            = writeSource(pathOf(name), m_options.format, kind.zone.rect, coefficients);
         if (!wrong.isEmpty())
             return fail(Exit_Output, wrong);
         m_layout.sources[kind.zone.number].push_back(
@@ -109,10 +120,23 @@ int WallExport::writeLayout()
 {
     m_written += layoutName;
     const QByteArray text = layoutText(m_layout);
-    const QString wrong = writeChecked(m_dir.filePath(layoutName), [&text](const BlockSink &sink) {
+    const QString wrong = writeChecked(pathOf(layoutName), [&text](const BlockSink &sink) {
         return sink(text.constData(), text.size());
     });
     return wrong.isEmpty() ? int{Exit_Done} : fail(Exit_Output, wrong);
+}
+
+/// Without its layout an export is none: the old one goes before the first file changes, the new
+/// one comes last.
+int WallExport::commit()
+{
+    const Uninterrupted held;
+    QString fault = m_files.refusal(m_written);
+    if (fault.isEmpty())
+        QFile::remove(QDir(m_options.outputDir).filePath(layoutName));
+    if (fault.isEmpty())
+        fault = m_files.commit(m_written);
+    return fault.isEmpty() ? int{Exit_Done} : fail(Exit_Output, fault);
 }
 
 int WallExport::report()
@@ -121,7 +145,7 @@ int WallExport::report()
     if (m_options.common.showsText())
         m_out << m_written.size() << " files in " << m_options.outputDir.toStdString()
               << ", read back and compared; import them with "
-              << m_dir.filePath(layoutName).toStdString() << '\n';
+              << QDir(m_options.outputDir).filePath(layoutName).toStdString() << '\n';
     std::set<int> corrected;
     for (const auto &entry : m_layout.sources)
         corrected.insert(entry.first);

@@ -22,12 +22,6 @@ QString resolvedName(const QString &path)
         : resolvedName(file.absolutePath()) + QLatin1Char('/') + file.fileName();
 }
 
-/// Whether a file, which need not exist, lies in a directory or below it.
-bool isInside(const QString &file, const QString &directory)
-{
-    return resolvedName(file).startsWith(resolvedName(directory) + QLatin1Char('/'));
-}
-
 QString writePlainly(const QString &path, const QByteArray &bytes)
 {
     QFile file(path);
@@ -41,6 +35,12 @@ QString writePlainly(const QString &path, const QByteArray &bytes)
 bool isSameFile(const QString &first, const QString &second)
 {
     return isSameInode(first, second) || resolvedName(first) == resolvedName(second);
+}
+
+bool isInside(const QString &path, const QString &directory)
+{
+    const QString parent = QFileInfo(resolvedName(path)).path();
+    return isSameFile(parent, directory) || (!QDir(parent).isRoot() && isInside(parent, directory));
 }
 
 QString documentFault(const CommonOptions &options, const QString &input, const QString &outputDir)

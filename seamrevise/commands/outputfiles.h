@@ -14,6 +14,10 @@ namespace seamrevise
 /// Whether two names, of files that need not exist, are those of one file.
 bool isSameFile(const QString &first, const QString &second);
 
+/// Whether a file or directory lies in a directory or below it, under whatever names; neither need
+/// exist.
+bool isInside(const QString &path, const QString &directory);
+
 /// What speaks against the place where --json says that the document goes: it must neither replace
 /// what the command reads nor lie among what it delivers. Empty if nothing does.
 ///

@@ -111,12 +111,12 @@ void addFinding(JsonWriter &json, const Finding &finding)
     json.endObject();
 }
 
-void addFile(JsonWriter &json, const DeliveredFile &file)
+void addFile(JsonWriter &json, const ManifestFile &file)
 {
     json.beginObject(nullptr, JsonWriter::Inline);
     json.member("name", file.name);
     json.member("bytes", file.bytes);
-    json.member("sha256", file.sha256);
+    json.member("sha256", QString::fromLatin1(file.sha256));
     json.endObject();
 }
 
@@ -129,14 +129,8 @@ void addTimes(JsonWriter &json, const RunReport &report)
     json.member("seconds", report.seconds);
 }
 
-} // namespace
-
-JsonWriter reportDocument(const RunReport &report)
+void addWallNumbers(JsonWriter &json, const RunReport &report)
 {
-    JsonWriter json;
-    json.beginObject();
-    json.member("schema", "seamrevise/1");
-    json.member("command", report.command);
     addWall(json, report);
     json.beginObject("partitions");
     addNumbers(json, "corrected", report.corrected);
@@ -149,15 +143,56 @@ JsonWriter reportDocument(const RunReport &report)
     }
     json.endArray();
     addChanges(json, report);
+}
+
+std::optional<QString> textOrNone(const QString &text)
+{
+    return text.isEmpty() ? std::nullopt : std::optional<QString>(text);
+}
+
+/// What became of the files; of a run that delivers.
+void addDelivery(JsonWriter &json, const RunReport &report)
+{
+    if (report.outputDir.isEmpty())
+        return;
+    json.beginObject("delivery");
+    json.member("directory", report.outputDir);
+    json.member("dry_run", report.isDryRun);
+    json.member("differences", textOrNone(report.differences));
+    json.member("kept", textOrNone(report.keptName));
+    json.endObject();
+}
+
+} // namespace
+
+JsonWriter reportDocument(const RunReport &report)
+{
+    JsonWriter json;
+    json.beginObject();
+    json.member("schema", "seamrevise/1");
+    json.member("command", report.command);
+    addWallNumbers(json, report);
     json.beginArray("findings");
     for (const Finding &finding : report.findings)
         addFinding(json, finding);
     json.endArray();
     json.beginArray("files");
-    for (const DeliveredFile &file : report.files)
+    for (const ManifestFile &file : report.files)
         addFile(json, file);
     json.endArray();
+    addDelivery(json, report);
     addTimes(json, report);
+    json.endObject();
+    return json;
+}
+
+JsonWriter numbersDocument(const RunReport &report)
+{
+    JsonWriter json;
+    json.beginObject();
+    json.member("schema", "seamrevise/1");
+    json.member("kind", "numbers");
+    addWallNumbers(json, report);
     json.endObject();
     return json;
 }

@@ -147,6 +147,26 @@ void printChanges(const RunReport &report, std::ostream &out)
             << " codes at 0 or 1023\n";
 }
 
+void printFiles(const RunReport &report, std::ostream &out)
+{
+    int count = 0;
+    qint64 bytes = 0;
+    for (const ManifestFile &file : report.files) {
+        if (!holdsCoefficients(file))
+            continue;
+        ++count;
+        bytes += file.bytes;
+    }
+    out << "files        " << count << " in " << report.outputDir.toStdString() << ", " << bytes
+        << " bytes, read back and compared\n";
+    if (report.isDryRun)
+        out << "             dry run: nothing of it is left\n";
+    if (!report.differences.isEmpty())
+        out << "             " << report.differences.toStdString() << '\n';
+    if (!report.keptName.isEmpty())
+        out << "kept         " << report.keptName.toStdString() << '\n';
+}
+
 void printTimes(const RunReport &report, std::ostream &out)
 {
     out << "time         " << QString::number(report.seconds, 'f', 2).toStdString() << " s";
@@ -177,9 +197,8 @@ void printReport(const RunReport &report, std::ostream &out)
             << static_cast<std::ptrdiff_t>(seams.size()) - revised << " skipped\n";
         printSkipped(seams, out);
     }
-    if (!report.fileNames.empty())
-        out << "files        " << report.fileNames.size() << " in "
-            << report.outputDir.toStdString() << ", read back and compared\n";
+    if (!report.files.empty())
+        printFiles(report, out);
     if (!report.filledWith.isEmpty())
         out << "             uncorrected partitions are filled with "
             << report.filledWith.toStdString() << '\n';

@@ -1,18 +1,18 @@
 #include "commands/revise.h"
 
-#include "commands/exitcode.h"
-#include "commands/optiontable.h"
+#include "commands/delivered.h"
 #include "commands/outputfiles.h"
 #include "commands/wallrun.h"
+#include "delivery/delivery.h"
+#include "delivery/filesystem.h"
+#include "delivery/stagedfiles.h"
 #include "engines/readback.h"
+#include "store/databaseaddress.h"
 
 #include <seamrevision/localconfig.h>
 
-#include <QCryptographicHash>
-#include <QDir>
-#include <QFile>
+#include <QDateTime>
 #include <QFileInfo>
-#include <QStringList>
 
 namespace seamrevise
 {
@@ -44,12 +44,6 @@ private:
     const QString m_previousDir;
 };
 
-/// Makes a directory with its parents unless it exists; whether files can be made in it.
-bool makeDirectory(const QString &path)
-{
-    return QDir().mkpath(path) && QFileInfo(path).isDir() && QFileInfo(path).isWritable();
-}
-
 /// One run of the command: its data and its steps.
 class ReviseRun
 {
@@ -60,9 +54,6 @@ public:
         , m_err(err)
         , m_progress(options.common.showProgress ? &err : nullptr)
         , m_wall("revise", options, m_progress)
-        , m_outputDir(QFileInfo(options.outputDir).absoluteFilePath())
-        , m_dumpDir(options.dumpDir.isEmpty() ? QString()
-                                              : QFileInfo(options.dumpDir).absoluteFilePath())
     {
     }
 
@@ -71,8 +62,9 @@ public:
     {
         using Step = int (ReviseRun::*)();
         const Step steps[]
-            = {&ReviseRun::open,    &ReviseRun::prepareOutput, &ReviseRun::reviseSeams,
-               &ReviseRun::deliver, &ReviseRun::report,        &ReviseRun::checkStepLimit};
+            = {&ReviseRun::open,        &ReviseRun::stageOutput,   &ReviseRun::reviseSeams,
+               &ReviseRun::finishFiles, &ReviseRun::seal,          &ReviseRun::commit,
+               &ReviseRun::report,      &ReviseRun::checkStepLimit};
         for (const Step step : steps) {
             if (const int code = (this->*step)())
                 return code;
@@ -82,30 +74,39 @@ public:
 
 private:
     int open();
-    int prepareOutput();
+    int stageOutput();
     int reviseSeams();
-    int deliver();
+    int finishFiles();
+    int seal();
+    int commit();
     int report();
     int checkStepLimit();
 
+    QString stageDumps(const QStringList &inputs);
     bool judge();
+    void readBack(const RevisedZones &revised);
     int reviseFailure();
-    QStringList fileNames(int number);
-    QString firstUnwritable();
-    QString checkAllFiles();
-    QString checkDumps();
+    QString writeFault();
     void fillUncorrected();
-    void describeFiles();
+    std::vector<DumpFile> dumps();
+    QStringList dumpNames();
+    QString checkDumps();
+    void reportNewNotes();
     QString writeReport();
 
     const ScreenLayout &layout() const { return m_wall.layout(); }
     CoefKind &kind() { return m_wall.kind(); }
+    bool hasDumps() const { return !m_options.dumpDir.isEmpty(); }
 
     int fail(ExitCode code, const QString &message)
     {
         m_progress.clear();
-        m_err << "seamrevise: " << message.toStdString() << '\n';
-        return code;
+        return reportFault(code, message, m_err);
+    }
+    /// Done, or output that cannot be written.
+    int outcome(const QString &fault)
+    {
+        return fault.isEmpty() ? int{Exit_Done} : fail(Exit_Output, fault);
     }
 
     const ReviseOptions &m_options;
@@ -113,17 +114,21 @@ private:
     std::ostream &m_err;
     Progress m_progress;
     WallRun m_wall;
-    const QString m_outputDir;
-    const QString m_dumpDir;
+    Delivery m_delivery;
+    StagedFiles m_dumps;
+    QString m_readBackFault;
+    int m_reportedNotes = 0;
 };
 
 int ReviseRun::open()
 {
-    const QString clash = documentFault(m_options.common, m_options.database, m_outputDir);
+    const QString clash = documentFault(m_options.common, m_options.database, m_options.outputDir);
     if (!clash.isEmpty())
         return fail(Exit_Output, clash);
     if (!m_wall.open())
         return fail(Exit_Input, m_wall.errorText());
+    m_wall.report().outputDir = m_options.outputDir;
+    m_wall.report().isDryRun = m_options.dryRun;
     if (m_wall.isRevisable())
         return Exit_Done;
     for (const Finding &finding : m_wall.report().findings)
@@ -132,30 +137,44 @@ int ReviseRun::open()
     return fault.isEmpty() ? int{Exit_Input} : fail(Exit_Input, fault);
 }
 
-int ReviseRun::prepareOutput()
+int ReviseRun::stageOutput()
 {
-    for (const QString &dir : {m_outputDir, m_dumpDir}) {
-        if (!dir.isEmpty() && !makeDirectory(dir))
-            return fail(Exit_Output,
-                        dir + QStringLiteral(": cannot be made, or not be written to"));
-    }
-    const QFileInfo database(m_options.database);
-    if (database.canonicalPath() != QFileInfo(m_outputDir).canonicalFilePath())
-        return Exit_Done;
-    for (const auto &entry : layout().partitions) {
-        if (fileNames(entry.first).contains(database.fileName()))
-            return fail(Exit_Output,
-                        m_options.database
-                            + QStringLiteral(": would be overwritten; use another -o"));
-    }
-    return Exit_Done;
+    const QStringList inputs
+        = isUrl(m_options.database) ? QStringList() : QStringList(m_options.database);
+    QString fault
+        = m_delivery.begin({m_options.outputDir, m_options.force, m_options.keep, inputs});
+    reportNewNotes();
+    if (fault.isEmpty() && hasDumps())
+        fault = stageDumps(inputs);
+    return outcome(fault);
+}
+
+QString ReviseRun::stageDumps(const QStringList &inputs)
+{
+    const QString &dir = m_options.dumpDir;
+    if (isSameFile(dir, m_options.outputDir) || isInside(dir, m_options.outputDir))
+        return dir + QStringLiteral(": lies in the output directory; use another --dumps");
+    Place place;
+    QString fault = findPlace(dir, place);
+    if (fault.isEmpty() && QFileInfo::exists(dir) && !QFileInfo(dir).isDir())
+        fault = dir + QStringLiteral(": is not a directory");
+    if (fault.isEmpty())
+        fault = m_dumps.begin({place.path(), QStringLiteral("dumps")}, inputs);
+    return fault.isEmpty() ? m_dumps.refusal(dumpNames()) : fault;
 }
 
 int ReviseRun::reviseSeams()
 {
-    const DumpSwitch dumps(m_dumpDir);
-    m_wall.blend(m_outputDir, !m_options.table, m_options.table ? kind().cap() : noCap,
-                 [this] { return judge(); });
+    const DumpSwitch dumps(hasDumps() ? m_dumps.path() : QString());
+    Blending blending;
+    blending.onMeasured = [this](const RevisedZones &) { return judge(); };
+    blending.outputDir = m_delivery.path();
+    blending.toFiles = !m_options.table;
+    blending.deliveredCap = m_options.table ? kind().cap() : noCap;
+    blending.hashesStored = true;
+    if (blending.toFiles)
+        blending.onSaved = [this](const RevisedZones &zones) { readBack(zones); };
+    m_wall.blend(blending);
     if (kind().result().errCode != ErrCode_Success)
         return reviseFailure();
     const qint64 changedOutside = m_wall.report().numbers->changes.changedOutside;
@@ -164,7 +183,7 @@ int ReviseRun::reviseSeams()
                     QStringLiteral("pixels outside every strip would change, on lines of %1 pixels;"
                                    " nothing is delivered")
                         .arg(changedOutside));
-    return Exit_Done;
+    return outcome(m_readBackFault);
 }
 
 /// Says what looks wrong; whether to go on.
@@ -179,108 +198,135 @@ bool ReviseRun::judge()
     return report.numbers->changes.changedOutside == 0;
 }
 
+void ReviseRun::readBack(const RevisedZones &revised)
+{
+    const std::vector<CoefficientFormat> formats = coefficientFormats(m_options.layerCount);
+    for (const auto &[number, rect] : layout().partitions) {
+        m_progress.show("reading back", number, static_cast<int>(layout().partitions.size()));
+        m_readBackFault = readBackFault(m_delivery.path(), number, rect, formats, revised);
+        if (!m_readBackFault.isEmpty())
+            break;
+    }
+    const QString cause = m_readBackFault.isEmpty() ? QString() : writeFault();
+    if (!cause.isEmpty())
+        m_readBackFault = cause;
+}
+
 int ReviseRun::reviseFailure()
 {
-    if (m_wall.errorText().isEmpty() && kind().result().errCode == ErrCode_SaveCombineCoefFailed)
-        return fail(Exit_Output, firstUnwritable() + QStringLiteral(": cannot be written"));
-    return fail(Exit_Input, m_wall.failureText());
+    if (!m_wall.errorText().isEmpty() || kind().result().errCode != ErrCode_SaveCombineCoefFailed)
+        return fail(Exit_Input, m_wall.failureText());
+    const QString cause = writeFault();
+    return fail(Exit_Output,
+                cause.isEmpty() ? m_options.outputDir + QStringLiteral(": cannot be written")
+                                : cause);
 }
 
-QStringList ReviseRun::fileNames(int number)
+/// The engine says that a file could not be written, or not even that: which one, and why.
+QString ReviseRun::writeFault()
 {
-    QStringList names;
-    for (const CoefKind::FileKind &kind : kind().fileKinds())
-        names.push_back(QString::number(number) + kind.suffix);
-    return names;
-}
-
-/// After a failure: the first of the files that cannot be opened for writing.
-QString ReviseRun::firstUnwritable()
-{
-    for (const auto &entry : layout().partitions) {
-        for (const QString &name : fileNames(entry.first)) {
-            QFile file(m_outputDir + QLatin1Char('/') + name);
-            const bool isNew = !file.exists();
-            if (!file.open(QIODevice::ReadWrite | QIODevice::Append))
-                return file.fileName();
-            if (isNew)
-                file.remove();
+    for (const auto &[number, rect] : layout().partitions) {
+        for (const CoefficientFormat &format : coefficientFormats(m_options.layerCount)) {
+            const QFileInfo file(m_delivery.path() + QLatin1Char('/') + QString::number(number)
+                                 + format.suffix);
+            const qint64 bytes = encryptedBytes(pixelsOf(rect) * format.bytesPerPixel());
+            if (file.size() == bytes)
+                continue;
+            const QString fault = sizeFault(file.filePath(), bytes);
+            if (!fault.isEmpty())
+                return fault;
         }
     }
-    return m_outputDir;
+    return {};
 }
 
-int ReviseRun::deliver()
+/// Tables and dumps; the files are there already.
+int ReviseRun::finishFiles()
 {
-    RunReport &report = m_wall.report();
-    report.outputDir = m_options.outputDir;
-    if (m_options.table)
+    QString fault;
+    if (m_options.table) {
         fillUncorrected();
-    QString fault
-        = m_options.table ? kind().writeTables(m_outputDir, report.fileNames) : checkAllFiles();
-    if (fault.isEmpty() && !m_dumpDir.isEmpty())
+        fault = kind().writeTables(m_delivery.path());
+        m_wall.endPart("writing");
+    }
+    if (fault.isEmpty() && hasDumps())
         fault = checkDumps();
-    m_wall.endPart(m_options.table ? "writing" : "reading back");
-    return fault.isEmpty() ? int{Exit_Done} : fail(Exit_Output, fault);
+    return outcome(fault);
 }
 
 void ReviseRun::fillUncorrected()
 {
-    for (const auto &entry : layout().partitions) {
-        if (!m_wall.isCorrected(entry.first))
-            m_wall.report().filledWith = kind().fillNeutral(entry.second);
+    for (const auto &[number, rect] : layout().partitions) {
+        if (!m_wall.isCorrected(number))
+            m_wall.report().filledWith = kind().fillNeutral(rect);
     }
 }
 
-QString ReviseRun::checkAllFiles()
+std::vector<DumpFile> ReviseRun::dumps()
 {
-    for (const auto &entry : layout().partitions) {
-        m_progress.show("reading back", entry.first, static_cast<int>(layout().partitions.size()));
-        QString fault = checkFiles(kind(), m_outputDir, entry.first, entry.second,
-                                   m_wall.isCorrected(entry.first));
-        if (!fault.isEmpty())
-            return fault;
-        m_wall.report().fileNames += fileNames(entry.first);
-    }
-    return {};
+    return kind().dumps({layout(), m_wall.report().band, m_wall.storedZones(), !m_options.table});
+}
+
+QStringList ReviseRun::dumpNames()
+{
+    QStringList names;
+    for (const DumpFile &dump : dumps())
+        names.push_back(dump.name);
+    return names;
 }
 
 QString ReviseRun::checkDumps()
 {
-    QStringList names = kind().screenDumps();
-    for (const int number : m_wall.corrected()) {
-        for (const QString &name : kind().partitionDumps(!m_options.table))
-            names += name.arg(number);
+    for (const DumpFile &dump : dumps()) {
+        const QString fault = dumpFault(m_dumps.path() + QLatin1Char('/') + dump.name, dump.shape);
+        if (!fault.isEmpty())
+            return fault;
     }
-    for (const QString &name : names) {
-        const QString path = m_dumpDir + QLatin1Char('/') + name;
-        if (!isWholeDump(path))
-            return path + QStringLiteral(": it could not be written whole; is the disk full?");
-    }
+    m_wall.endPart("dumps");
     return {};
+}
+
+int ReviseRun::seal()
+{
+    Manifest manifest = m_wall.manifest();
+    manifest.version = QStringLiteral(SEAMREVISE_VERSION);
+    manifest.command = resolvedCommand(m_options, manifest.band);
+    manifest.when = QDateTime::currentDateTimeUtc().toString(Qt::ISODate);
+    manifest.isTable = m_options.table;
+    QString fault = m_delivery.addFile(QStringLiteral("numbers.json"),
+                                       numbersDocument(m_wall.report()).text());
+    if (fault.isEmpty())
+        fault = m_delivery.seal(manifest);
+    m_wall.report().files = manifest.files;
+    m_wall.endPart("sealing");
+    return outcome(fault);
+}
+
+int ReviseRun::commit()
+{
+    if (m_options.dryRun)
+        return Exit_Done;
+    QString fault = hasDumps() ? m_dumps.commit(dumpNames()) : QString();
+    if (fault.isEmpty())
+        fault = m_delivery.commit();
+    reportNewNotes();
+    m_wall.report().differences = m_delivery.changes();
+    m_wall.report().keptName = m_delivery.keptName();
+    return outcome(fault);
+}
+
+void ReviseRun::reportNewNotes()
+{
+    reportNotes(m_options.common, m_delivery.notes().mid(m_reportedNotes), m_err);
+    m_reportedNotes = m_delivery.notes().size();
 }
 
 int ReviseRun::report()
 {
     m_progress.clear();
-    if (!m_options.common.jsonFile.isEmpty())
-        describeFiles();
     if (m_options.common.showsText())
         printReport(m_wall.report(), m_out);
-    const QString fault = writeReport();
-    return fault.isEmpty() ? int{Exit_Done} : fail(Exit_Output, fault);
-}
-
-void ReviseRun::describeFiles()
-{
-    RunReport &report = m_wall.report();
-    for (const QString &name : report.fileNames) {
-        QFile file(m_outputDir + QLatin1Char('/') + name);
-        QCryptographicHash hash(QCryptographicHash::Sha256);
-        if (file.open(QIODevice::ReadOnly) && hash.addData(&file))
-            report.files.push_back({name, file.size(), QString::fromLatin1(hash.result().toHex())});
-    }
-    m_wall.endPart("checksums");
+    return outcome(writeReport());
 }
 
 /// Empty, or what went wrong.
@@ -301,23 +347,6 @@ int ReviseRun::checkStepLimit()
 }
 
 } // namespace
-
-void declareRevise(CLI::App &app, ReviseOptions &options)
-{
-    addDatabase(app, options.database);
-    addPath(app, "-o,--output", "DIR", options.outputDir,
-            "directory of the output, made if missing")
-        ->required();
-    CLI::Option *const table
-        = addFlag(app, "--table", options.table,
-                  "write the whole screen instead of files: coefficients.npy, and packed.bin for"
-                  " layered coefficients");
-    addFlag(app, "--files", options.files,
-            "write encrypted coefficient files, a set per partition (the default)")
-        ->excludes(table);
-    declareWallOptions(app, options);
-    addPath(app, "--dumps", "DIR", options.dumpDir, "write text dumps there, made if missing");
-}
 
 int revise(const ReviseOptions &options, std::ostream &out, std::ostream &err)
 {

@@ -1,23 +1,16 @@
 #pragma once
 
+#include "delivery/manifest.h"
 #include "exchange/jsonwriter.h"
 #include "numbers/wallnumbers.h"
 
 #include <QString>
-#include <QStringList>
 
 #include <ostream>
 #include <vector>
 
 namespace seamrevise
 {
-
-struct DeliveredFile
-{
-    QString name;
-    qint64 bytes;
-    QString sha256; ///< in hexadecimal digits
-};
 
 /// How long a part of a run took.
 struct PartTime
@@ -41,9 +34,11 @@ struct RunReport
     std::optional<WallNumbers> numbers; ///< none if the wall cannot be revised
     Findings findings;
     QString outputDir;
-    QStringList fileNames;            ///< in outputDir
-    std::vector<DeliveredFile> files; ///< the same, for the document
-    QString filledWith;               ///< what the program put in place of uncorrected partitions
+    std::vector<ManifestFile> files; ///< in outputDir
+    bool isDryRun = false;           ///< they were written, but not put there
+    QString differences;             ///< "3 of 48 files differ"; empty if nothing was replaced
+    QString keptName;                ///< of the set that was replaced, if it stays
+    QString filledWith;              ///< what the program put in place of uncorrected partitions
     int cap = 0;
     std::vector<PartTime> parts;
     double seconds = 0.0; ///< of the whole run
@@ -53,5 +48,9 @@ void printReport(const RunReport &report, std::ostream &out);
 
 /// One document of the schema seamrevise/1.
 JsonWriter reportDocument(const RunReport &report);
+
+/// What of that document depends on the wall and the options alone: the same input gives the same
+/// bytes.
+JsonWriter numbersDocument(const RunReport &report);
 
 } // namespace seamrevise

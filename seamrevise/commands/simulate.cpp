@@ -3,6 +3,7 @@
 #include "commands/exitcode.h"
 #include "commands/outputfiles.h"
 #include "commands/progress.h"
+#include "delivery/stagedfiles.h"
 #include "exchange/npywriter.h"
 #include "store/databaseaddress.h"
 #include "store/sqlscreenstore.h"
@@ -152,15 +153,20 @@ bool SimulateRun::fill(SqlScreenStore &store, Progress &progress) const
 
 QString SimulateRun::writeLight() const
 {
+    WholeFile file;
+    QString fault = file.begin(m_options.lightFile, {});
+    if (!fault.isEmpty())
+        return fault;
     const NQRect &screen = m_layout.screen;
-    return writeNpy(m_options.lightFile, "<f4", {rowsOf(screen), columnsOf(screen), 3},
-                    [&](const BlockSink &sink) {
-                        for (int row = screen.top(); row <= screen.bottom(); ++row) {
-                            if (!sendLittleEndian(m_wall.light(row), sink))
-                                return false;
-                        }
-                        return true;
-                    });
+    fault = writeNpy(file.path(), "<f4", {rowsOf(screen), columnsOf(screen), 3},
+                     [&](const BlockSink &sink) {
+                         for (int row = screen.top(); row <= screen.bottom(); ++row) {
+                             if (!sendLittleEndian(m_wall.light(row), sink))
+                                 return false;
+                         }
+                         return true;
+                     });
+    return fault.isEmpty() ? file.commit() : fault;
 }
 
 int SimulateRun::report() const

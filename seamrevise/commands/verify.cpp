@@ -3,6 +3,7 @@
 #include "commands/delivered.h"
 #include "commands/deliverydocument.h"
 #include "commands/optiontable.h"
+#include "commands/wallrun.h"
 #include "delivery/verification.h"
 #include "store/sqlscreenstore.h"
 
@@ -16,6 +17,21 @@ namespace seamrevise
 namespace
 {
 
+Difference freshDifference(const Manifest &manifest, int number, const CoefficientFormat &format,
+                           const ValueMismatch &mismatch)
+{
+    const QString name = fileNameOf(manifest, number, format);
+    return {
+        QStringLiteral("fresh"), name, number,
+        QStringLiteral("%1: %2 values of partition %3 are not those of a new revision, the first"
+                       " at row %4, column %5")
+            .arg(name)
+            .arg(mismatch.values)
+            .arg(number)
+            .arg(mismatch.row)
+            .arg(mismatch.column)};
+}
+
 /// One run of the command: its data and its steps.
 class VerifyRun
 {
@@ -24,6 +40,7 @@ public:
         : m_options(options)
         , m_out(out)
         , m_err(err)
+        , m_progress(options.common.showProgress ? &err : nullptr)
     {
     }
 
@@ -31,7 +48,7 @@ public:
     {
         using Step = int (VerifyRun::*)();
         const Step steps[] = {&VerifyRun::checkFiles, &VerifyRun::checkDatabase,
-                              &VerifyRun::checkNumbers, &VerifyRun::report};
+                              &VerifyRun::checkFresh, &VerifyRun::checkNumbers, &VerifyRun::report};
         for (const Step step : steps) {
             if (const int code = (this->*step)())
                 return code;
@@ -42,14 +59,17 @@ public:
 private:
     int checkFiles();
     int checkDatabase();
+    int checkFresh();
+    void compareWith(const RevisedZones &revised, WallRun &wall);
     int checkNumbers();
     int report();
 
     void printText() const;
     JsonWriter document() const;
 
-    int fail(ExitCode code, const QString &message) const
+    int fail(ExitCode code, const QString &message)
     {
+        m_progress.clear();
         return reportFault(code, message, m_err);
     }
     bool isAsAgreed() const
@@ -62,6 +82,7 @@ private:
     const VerifyOptions &m_options;
     std::ostream &m_out;
     std::ostream &m_err;
+    Progress m_progress;
     DeliveredSet m_set;
     bool m_hasManifest = true; ///< one that can be believed
     std::vector<Difference> m_differences;
@@ -94,6 +115,58 @@ int VerifyRun::checkDatabase()
         return fail(Exit_Input, fault);
     m_differences.insert(m_differences.end(), found.begin(), found.end());
     return Exit_Done;
+}
+
+/// Revises the database's wall once more as the manifest says, in memory.
+int VerifyRun::checkFresh()
+{
+    if (!m_options.fresh || !m_hasManifest)
+        return Exit_Done;
+    const Manifest &manifest = m_set.manifest();
+    WallOptions options;
+    options.database = m_options.database;
+    options.band = manifest.band;
+    options.margin = manifest.margin;
+    options.layerCount = manifest.layerCount;
+    WallRun wall("verify", options, m_progress);
+    if (!wall.open())
+        return fail(Exit_Input, wall.errorText());
+    if (!wall.isRevisable()) {
+        for (const Finding &finding : wall.report().findings)
+            fail(Exit_Input, options.database + QStringLiteral(": ") + findingText(finding));
+        return Exit_Input;
+    }
+    Blending blending;
+    blending.onMeasured = [&](const RevisedZones &revised) {
+        compareWith(revised, wall);
+        return false;
+    };
+    wall.blend(blending);
+    m_progress.clear();
+    return wall.kind().result().errCode == ErrCode_Success ? int{Exit_Done}
+                                                           : fail(Exit_Input, wall.failureText());
+}
+
+/// Partitions that lie elsewhere in the database are told of already, and so are files that cannot
+/// be read.
+void VerifyRun::compareWith(const RevisedZones &revised, WallRun &wall)
+{
+    const Manifest &manifest = m_set.manifest();
+    std::vector<qint32> values;
+    for (const ManifestPartition &partition : manifest.partitions) {
+        const auto place = wall.layout().partitions.find(partition.number);
+        if (place == wall.layout().partitions.end() || !isSameRect(place->second, partition.rect))
+            continue;
+        for (const CoefficientFormat &format : coefficientFormats(manifest.layerCount)) {
+            if (!m_set.read(partition, format, values).isEmpty())
+                continue;
+            const int cap = manifest.isTable ? wall.kind().cap() : noCap;
+            const ValueMismatch mismatch = revised.compare(partition.number, format, values, cap);
+            if (mismatch.values > 0)
+                m_differences.push_back(
+                    freshDifference(manifest, partition.number, format, mismatch));
+        }
+    }
 }
 
 int VerifyRun::checkNumbers()
@@ -188,8 +261,14 @@ void declareVerify(CLI::App &app, VerifyOptions &options)
     addPath(app, "DIR", "", options.directory, "the delivery")->required();
     addPath(app, "DATABASE", "", options.database,
             "also check that its coefficients are still those that were delivered");
+    addFlag(app, "--fresh", options.fresh,
+            "also revise DATABASE once more as the manifest says, and compare every value");
     addPath(app, "--limits", "LIMITS.json", options.limitsFile,
             "also hold the delivery's numbers against these limits");
+    app.final_callback([&options] {
+        if (options.fresh && options.database.isEmpty())
+            refuse(QStringLiteral("--fresh needs the DATABASE"));
+    });
 }
 
 int verify(const VerifyOptions &options, std::ostream &out, std::ostream &err)

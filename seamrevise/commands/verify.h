@@ -19,13 +19,14 @@ struct VerifyOptions
     QString directory;
     QString database; ///< empty: the manifest alone
     QString limitsFile;
+    bool fresh = false; ///< also compare with a new revision of the database
     CommonOptions common;
 };
 
 void declareVerify(CLI::App &app, VerifyOptions &options);
 
-/// Holds a delivery against its manifest, and against the database and agreed limits if they are
-/// given; lists every difference. Returns an ExitCode.
+/// Holds a delivery against its manifest, and against the database, a new revision and agreed
+/// limits if that is asked for; lists every difference. Returns an ExitCode.
 int verify(const VerifyOptions &options, std::ostream &out, std::ostream &err);
 
 } // namespace seamrevise

@@ -20,11 +20,11 @@ WallRun::WallRun(const char *command, const WallOptions &options, Progress &prog
 bool WallRun::open()
 {
     StoredInventory inventory;
-    if (!m_store.open(m_options.database) || !m_store.readInventory(inventory))
+    if (!m_store.open(m_options.database) || !m_store.readInventory(inventory) || !readRevisions())
         return false;
     for (const auto &row : inventory.coefficients) {
         if (row.layerCount == m_options.layerCount)
-            m_corrected.insert(row.number);
+            m_storedZones.emplace(row.number, row.rect);
     }
     m_report.screen = layout().screen;
     m_report.grid = layout().grid;
@@ -38,23 +38,77 @@ bool WallRun::open()
     return true;
 }
 
-void WallRun::blend(const QString &outputDir, bool toFiles, int deliveredCap,
-                    const std::function<bool()> &onMeasured)
+bool WallRun::readRevisions()
+{
+    std::vector<PartitionRevision> revisions;
+    if (!m_store.listRevisions(revisions))
+        return false;
+    for (const PartitionRevision &revision : revisions) {
+        if (revision.layerCount == m_options.layerCount)
+            m_revisions.emplace(revision.number, revision);
+    }
+    return true;
+}
+
+std::set<int> WallRun::corrected() const
+{
+    std::set<int> numbers;
+    for (const auto &entry : m_storedZones)
+        numbers.insert(entry.first);
+    return numbers;
+}
+
+void WallRun::blend(const Blending &blending)
 {
     const auto seams = static_cast<int>(seamsOf(layout().grid).size());
-    const EngineProgress progress(m_progress, static_cast<int>(m_corrected.size()), seams,
+    const EngineProgress progress(m_progress, static_cast<int>(m_storedZones.size()), seams,
                                   static_cast<int>(layout().partitions.size()));
     bool isSaved = false;
-    m_kind->run({m_store, layout(), m_corrected, m_report.band, m_options.margin, m_options.weights,
-                 outputDir, toFiles, deliveredCap,
-                 [&] {
-                     reckon();
-                     isSaved = onMeasured();
-                     return isSaved;
-                 },
-                 [] {}});
+    const auto onRevised = [&](const RevisedZones &zones) {
+        reckon();
+        isSaved = blending.onMeasured(zones);
+        return isSaved;
+    };
+    m_kind->run({m_store, layout(), corrected(), m_report.band, m_options.margin, m_options.weights,
+                 blending.outputDir, blending.toFiles, blending.deliveredCap, blending.hashesStored,
+                 onRevised, blending.onSaved});
     m_report.parts.push_back({isSaved ? "saving" : "closing", m_kind->times().saving});
+    if (isSaved && blending.toFiles)
+        m_report.parts.push_back({"reading back", m_kind->times().checking});
     m_partStart = static_cast<double>(m_sinceStart.nsecsElapsed()) * 1e-9;
+}
+
+Manifest WallRun::manifest() const
+{
+    Manifest manifest;
+    manifest.database = m_options.database;
+    manifest.screen = m_report.screen;
+    manifest.grid = m_report.grid;
+    manifest.band = m_report.band;
+    manifest.margin = m_report.margin;
+    manifest.layerCount = m_report.layerCount;
+    for (const auto &[number, rect] : layout().partitions)
+        manifest.partitions.push_back(manifestPartition(number, rect));
+    return manifest;
+}
+
+ManifestPartition WallRun::manifestPartition(int number, const NQRect &rect) const
+{
+    ManifestPartition partition;
+    partition.number = number;
+    partition.rect = rect;
+    partition.isCorrected = isCorrected(number);
+    if (partition.isCorrected) {
+        partition.zone = m_storedZones.at(number);
+        partition.storedSha256 = m_kind->storedHashes().at(number);
+    }
+    const auto revision = m_revisions.find(number);
+    if (revision != m_revisions.end()) {
+        partition.revision = revision->second.revision;
+        partition.written = revision->second.written;
+        partition.station = revision->second.station;
+    }
+    return partition;
 }
 
 QString WallRun::failureText()
@@ -75,7 +129,7 @@ void WallRun::reckon()
     QElapsedTimer timer;
     timer.start();
     const WallPlan plan{layout(),    m_report.band, m_options.margin,
-                        m_corrected, stepLimit(),   m_kind->cap()};
+                        corrected(), stepLimit(),   m_kind->cap()};
     m_report.numbers = wallNumbers(plan, m_kind->measured());
     for (Finding &finding : lookFindings(plan, m_kind->measured(), *m_report.numbers))
         m_report.findings.push_back(std::move(finding));

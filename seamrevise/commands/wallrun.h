@@ -3,16 +3,34 @@
 #include "commands/progress.h"
 #include "commands/runreport.h"
 #include "commands/walloptions.h"
+#include "delivery/manifest.h"
 #include "engines/coefkind.h"
 #include "store/sqlscreenstore.h"
 
 #include <QElapsedTimer>
 
 #include <functional>
+#include <map>
 #include <memory>
+#include <set>
 
 namespace seamrevise
 {
+
+/// What is to become of a wall while an engine runs over it.
+struct Blending
+{
+    /// All seams are blended, numbers and findings are in the report, and nothing is saved yet;
+    /// returns whether to save.
+    std::function<bool(const RevisedZones &)> onMeasured
+        = [](const RevisedZones &) { return false; };
+    /// The zones are saved and still as they were.
+    std::function<void(const RevisedZones &)> onSaved = [](const RevisedZones &) {};
+    QString outputDir;        ///< of files
+    bool toFiles = false;     ///< else into the table of the result
+    int deliveredCap = noCap; ///< of the values that the numbers take as delivered
+    bool hashesStored = false;
+};
 
 /// One run of an engine over the wall of a database: the database is opened and judged, the seams
 /// are blended and measured. What becomes of the values is the command's.
@@ -27,10 +45,8 @@ public:
     /// Whether open() found nothing that keeps the wall from being revised.
     bool isRevisable() const { return !hasErrors(m_report.findings); }
 
-    /// Runs the engine on a revisable wall. onMeasured is called when all seams are blended, with
-    /// numbers and findings in the report and nothing saved yet; it returns whether to save.
-    void blend(const QString &outputDir, bool toFiles, int deliveredCap,
-               const std::function<bool()> &onMeasured);
+    /// Runs the engine on a revisable wall.
+    void blend(const Blending &blending);
 
     /// Adds a part of the time that ends now, since the last part.
     void endPart(const char *name);
@@ -38,8 +54,12 @@ public:
     bool failsStepLimit() const;
 
     const ScreenLayout &layout() const { return m_store.layout(); }
-    bool isCorrected(int number) const { return m_corrected.count(number) != 0; }
-    const std::set<int> &corrected() const { return m_corrected; }
+    bool isCorrected(int number) const { return m_storedZones.count(number) != 0; }
+    /// The zones that are stored for the corrected partitions.
+    const std::map<int, NQRect> &storedZones() const { return m_storedZones; }
+    /// After a blend that took the hashes: what a delivery's manifest says of the wall and of each
+    /// partition.
+    Manifest manifest() const;
     CoefKind &kind() { return *m_kind; }
     const QString &errorText() const { return m_store.errorText(); }
     /// Why the engine did not come to an end: errorText(), or what the engine says.
@@ -48,6 +68,9 @@ public:
     RunReport &report();
 
 private:
+    bool readRevisions();
+    std::set<int> corrected() const;
+    ManifestPartition manifestPartition(int number, const NQRect &rect) const;
     void reckon();
     double stepLimit() const { return m_options.stepLimit.value_or(usualStepLimit); }
 
@@ -55,7 +78,8 @@ private:
     Progress &m_progress;
     SqlScreenStore m_store;
     const std::unique_ptr<CoefKind> m_kind;
-    std::set<int> m_corrected;
+    std::map<int, NQRect> m_storedZones;
+    std::map<int, PartitionRevision> m_revisions; ///< where the database records them
     RunReport m_report;
     QElapsedTimer m_sinceStart;
     double m_partStart = 0.0;

@@ -14,15 +14,6 @@ namespace seamrevise
 namespace
 {
 
-template <typename Value>
-QString readFile(const QString &path, qint64 valueCount, std::vector<qint32> &values)
-{
-    std::vector<Value> narrow;
-    const QString fault = readCoefficientFile(path, valueCount, narrow);
-    values.assign(narrow.begin(), narrow.end());
-    return fault;
-}
-
 void append(const QByteArray &bytes, qint64 bytesPerValue, std::vector<qint32> &values)
 {
     const char *const end = bytes.constData() + bytes.size();
@@ -116,9 +107,7 @@ QString DeliveredSet::read(const ManifestPartition &partition, const Coefficient
         = m_path + QLatin1Char('/') + fileNameOf(m_manifest, partition.number, format);
     if (m_manifest.isTable)
         return readTable(path, m_manifest, partition.rect, format, values);
-    const qint64 valueCount = pixelsOf(partition.rect) * format.valuesPerPixel;
-    return format.bytesPerValue == 2 ? readFile<quint16>(path, valueCount, values)
-                                     : readFile<qint32>(path, valueCount, values);
+    return readCoefficientFile(path, pixelsOf(partition.rect), format, values);
 }
 
 } // namespace seamrevise

@@ -3,7 +3,7 @@
 #include "delivery/filesystem.h"
 #include "delivery/placing.h"
 #include "delivery/verification.h"
-#include "threads/parallel.h"
+#include "process/parallel.h"
 
 #include <QCryptographicHash>
 #include <QDir>

@@ -165,6 +165,13 @@ QString writeSynced(const QString &path, const QByteArray &bytes)
     return syncToDisk(path);
 }
 
+QString sizeFault(const QString &path, qint64 bytes)
+{
+    const Descriptor file(path, O_WRONLY | O_CREAT | O_NONBLOCK);
+    const int error = file.isOpen() ? posix_fallocate(file.number(), 0, bytes) : errno;
+    return error == 0 ? QString() : systemFault(path, error);
+}
+
 QByteArray sha256OfFile(const QString &path)
 {
     QFile file(path);

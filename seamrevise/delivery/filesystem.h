@@ -51,6 +51,10 @@ QString syncToDisk(const QString &path);
 /// Writes a file, in place of the one of that name, and syncs it.
 QString writeSynced(const QString &path, const QByteArray &bytes);
 
+/// Why a file cannot have that many bytes: after a write that failed without saying why. It is
+/// made, and left with that size if it can.
+QString sizeFault(const QString &path, qint64 bytes);
+
 /// The SHA-256 of a file's content in hexadecimal digits; empty if it cannot be read.
 QByteArray sha256OfFile(const QString &path);
 

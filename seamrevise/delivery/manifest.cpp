@@ -213,6 +213,11 @@ bool isChecksumRight(const QByteArray &text)
 
 } // namespace
 
+bool holdsCoefficients(const ManifestFile &file)
+{
+    return !file.name.endsWith(QLatin1String(".json"));
+}
+
 const ManifestPartition *Manifest::partition(int number) const
 {
     const auto found = std::find_if(partitions.begin(), partitions.end(),
@@ -307,7 +312,7 @@ QString changesText(const Manifest &before, const Manifest &after)
     QStringList different;
     int count = 0;
     for (const ManifestFile &file : after.files) {
-        if (file.name.endsWith(QLatin1String(".json")))
+        if (!holdsCoefficients(file))
             continue;
         ++count;
         const ManifestFile *const old = before.file(file.name);

@@ -34,6 +34,9 @@ struct ManifestFile
     QByteArray sha256;
 };
 
+/// Whether a file is one of coefficients, and not one that says something about them.
+bool holdsCoefficients(const ManifestFile &file);
+
 /// What a set of coefficient files says of itself: what it was made of, how, and what belongs to
 /// it. Written last into its directory, so that it marks a whole set; its last member is the
 /// SHA-256 of what stands before it.

@@ -1,9 +1,9 @@
 #include "delivery/placing.h"
 
 #include "delivery/filesystem.h"
-#include "delivery/interruption.h"
 #include "delivery/manifest.h"
 #include "exchange/jsonwriter.h"
+#include "process/interruption.h"
 
 #include <QFile>
 #include <QJsonDocument>

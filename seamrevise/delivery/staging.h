@@ -1,8 +1,8 @@
 #pragma once
 
 #include "delivery/filelock.h"
-#include "delivery/interruption.h"
 #include "delivery/place.h"
+#include "process/interruption.h"
 
 #include <QString>
 

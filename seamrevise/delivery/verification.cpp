@@ -2,12 +2,12 @@
 
 #include "delivery/deliveredset.h"
 #include "delivery/filesystem.h"
+#include "exchange/storedhash.h"
+#include "process/parallel.h"
 #include "store/sqlscreenstore.h"
-#include "threads/parallel.h"
 
 #include <seamrevision/multilayercoefzoneinfo.h>
 
-#include <QCryptographicHash>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
@@ -17,8 +17,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
-#include <iterator>
 
 namespace seamrevise
 {
@@ -124,20 +122,6 @@ std::vector<FileCheck> listChecks(const Manifest &manifest,
     return checks;
 }
 
-QByteArray hexOf(const QCryptographicHash &hash)
-{
-    return hash.result().toHex();
-}
-
-/// Adds values as they lie in the database, little-endian.
-template <typename Value>
-void addValues(QCryptographicHash &hash, const Value *values, std::size_t count)
-{
-    std::vector<char> block(count * sizeof(Value));
-    qToLittleEndian<Value>(values, static_cast<qsizetype>(count), block.data());
-    hash.addData(block.data(), static_cast<int>(block.size()));
-}
-
 /// The hash of a stored zone; empty where it cannot be read.
 QByteArray readStored(SqlScreenStore &store, int layerCount, int number)
 {
@@ -152,12 +136,6 @@ QByteArray readStored(SqlScreenStore &store, int layerCount, int number)
             == 0
         ? storedSha256(zone.m_multiLayerCoefs)
         : QByteArray();
-}
-
-bool isSameRect(const NQRect &first, const NQRect &second)
-{
-    return first.left() == second.left() && first.top() == second.top()
-        && first.right() == second.right() && first.bottom() == second.bottom();
 }
 
 /// Screen and partitions; what is missing on one of the two sides too.
@@ -277,23 +255,6 @@ std::vector<Difference> verifyStored(const Manifest &manifest, SqlScreenStore &s
                 "stored", partition.number, QStringLiteral("other coefficients are stored now")));
     }
     return differences;
-}
-
-QByteArray storedSha256(const std::vector<unsigned short> &values)
-{
-    QCryptographicHash hash(QCryptographicHash::Sha256);
-    constexpr std::size_t blockValues = 1U << 16;
-    for (std::size_t first = 0; first < values.size(); first += blockValues)
-        addValues(hash, values.data() + first, std::min(blockValues, values.size() - first));
-    return hexOf(hash);
-}
-
-QByteArray storedSha256(const std::vector<std::vector<int>> &rows)
-{
-    QCryptographicHash hash(QCryptographicHash::Sha256);
-    for (const std::vector<int> &row : rows)
-        addValues(hash, row.data(), row.size());
-    return hexOf(hash);
 }
 
 QString checkLimits(const QByteArray &limits, const QByteArray &numbers,

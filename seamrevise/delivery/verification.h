@@ -31,10 +31,6 @@ std::vector<Difference> verifyFiles(const QString &directory);
 std::vector<Difference> verifyStored(const Manifest &manifest, SqlScreenStore &store,
                                      QString &fault);
 
-/// The SHA-256 of coefficients as they are stored, in hexadecimal digits.
-QByteArray storedSha256(const std::vector<unsigned short> &values);
-QByteArray storedSha256(const std::vector<std::vector<int>> &rows);
-
 /// A number of numbers.json and the limit that was agreed for it.
 struct LimitVerdict
 {

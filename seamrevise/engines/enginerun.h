@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engines/revisedzones.h"
 #include "numbers/luminance.h"
 #include "numbers/measurements.h"
 
@@ -26,11 +27,13 @@ struct EngineRequest
     bool toFiles = false;     ///< else into the result's table
     int deliveredCap = noCap; ///< of the values that the numbers take as delivered
 
+    bool hashesStored = false; ///< takes the SHA-256 of what is stored, while it is read
+
     /// All zones are read and revised, and none is saved yet; what was measured of them is there.
     /// Returns whether to save them; if not, the run ends well and without a table.
-    std::function<bool()> onRevised = [] { return true; };
+    std::function<bool(const RevisedZones &)> onRevised = [](const RevisedZones &) { return true; };
     /// The zones are saved and still as they were.
-    std::function<void()> onSaved = [] {};
+    std::function<void(const RevisedZones &)> onSaved = [](const RevisedZones &) {};
 };
 
 /// How long the parts of a run took.
@@ -40,6 +43,7 @@ struct EngineTimes
     double revising = 0.0;  ///< with what the engine does besides
     double measuring = 0.0; ///< taking from the zones what the numbers need
     double saving = 0.0;
+    double checking = 0.0; ///< what is done once the zones are saved
 };
 
 } // namespace seamrevise

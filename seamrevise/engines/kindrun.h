@@ -4,10 +4,12 @@
 #include "engines/watchedengines.h"
 #include "engines/watchedstore.h"
 #include "engines/zonerecorder.h"
+#include "exchange/storedhash.h"
 
 #include <QElapsedTimer>
 
 #include <exception>
+#include <map>
 #include <type_traits>
 #include <vector>
 
@@ -24,6 +26,7 @@ public:
 
     KindRun(const EngineRequest &request, const Values &values)
         : m_request(request)
+        , m_values(values)
         , m_recorder({request.layout, request.band, request.corrected, request.weights,
                       request.deliveredCap},
                      values)
@@ -35,7 +38,11 @@ public:
     ST_ReviseResult run(Engine &engine, const QMap<QString, AreaInfoBase *> &areas)
     {
         const auto onRead = [this](int number, const Zone &zone) {
-            timed(m_times.measuring, [&] { m_recorder.zoneRead(number, zone); });
+            timed(m_times.measuring, [&] {
+                m_recorder.zoneRead(number, zone);
+                if (m_request.hashesStored)
+                    m_storedSha256[number] = storedSha256(Values::stored(zone));
+            });
         };
         WatchedStore store(m_request.store, onlyFor<CoefsZoneInfo>(onRead),
                            onlyFor<MultiLayerCoefZoneInfo>(onRead));
@@ -52,31 +59,48 @@ public:
         engine.setPScreenDb(nullptr);
         if (const std::exception_ptr thrown = m_thrown ? m_thrown : store.thrown())
             std::rethrow_exception(thrown);
-        m_times.saving = seconds() - m_savingSince;
+        m_times.saving = seconds() - m_savingSince - m_times.checking;
         return result;
     }
 
     const WallMeasurements &measured() const { return m_recorder.measured(); }
     const EngineTimes &times() const { return m_times; }
+    const std::map<int, QByteArray> &storedHashes() const { return m_storedSha256; }
 
 private:
     bool zonesRevised(const QMap<int, Zone *> &zones) override
     {
+        bool goesOn = false;
+        keepThrown([&] { goesOn = measure(zones); });
+        return goesOn;
+    }
+    void zonesSaved(const QMap<int, Zone *> &zones) override
+    {
+        keepThrown([&] { timed(m_times.checking, [&] { m_request.onSaved(revised(zones)); }); });
+    }
+
+    /// What is thrown waits until the engine has come to its end.
+    template <typename Work>
+    void keepThrown(Work work)
+    {
         try {
-            return measure(zones);
+            work();
         } catch (...) {
             m_thrown = std::current_exception();
-            return false;
         }
     }
-    void zonesSaved(const QMap<int, Zone *> &) override { m_request.onSaved(); }
+
+    ZoneComparison<Values> revised(const QMap<int, Zone *> &zones) const
+    {
+        return {m_request.layout, m_request.corrected, m_values, zones};
+    }
 
     bool measure(const QMap<int, Zone *> &zones)
     {
         timed(m_times.measuring, [&] { m_recorder.zonesRevised(zones); });
         m_times.reading = m_store->readSeconds();
         m_times.revising = seconds() - m_times.reading - m_times.measuring;
-        const bool goesOn = m_request.onRevised();
+        const bool goesOn = m_request.onRevised(revised(zones));
         m_savingSince = seconds();
         return goesOn;
     }
@@ -101,12 +125,14 @@ private:
     }
 
     const EngineRequest m_request;
+    const Values m_values;
     ZoneRecorder<Values> m_recorder;
+    std::map<int, QByteArray> m_storedSha256;
     EngineTimes m_times;
     QElapsedTimer m_sinceStart;
     const WatchedStore *m_store = nullptr; ///< while the engine runs
     double m_savingSince = 0.0;
-    std::exception_ptr m_thrown; ///< while zones were measured
+    std::exception_ptr m_thrown; ///< while zones were measured or checked
 };
 
 } // namespace seamrevise

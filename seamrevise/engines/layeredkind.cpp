@@ -29,71 +29,29 @@ public:
     }
     const WallMeasurements &measured() const override { return m_run->measured(); }
     const EngineTimes &times() const override { return m_run->times(); }
+    const std::map<int, QByteArray> &storedHashes() const override { return m_run->storedHashes(); }
     int layerCount() const override { return m_layerCount; }
     int cap() const override { return LayerValues::cap; }
 
-    std::vector<FileKind> fileKinds() const override
-    {
-        return {{QStringLiteral("_m"), qint64{m_layerCount} * 3 * 4},
-                {QStringLiteral("_zip"), static_cast<qint64>(packedBytes())}};
-    }
-
-    bool readFiles(const QString &dir, const QString &key, qint64 pixelCount) override
-    {
-        return m_engine.readCoef(dir, key, m_fileRows, m_filePacked)
-            && m_filePacked.size() == static_cast<std::size_t>(pixelCount) * packedBytes();
-    }
-    bool isResult(std::size_t filePixel, std::size_t screenPixel) const override
-    {
-        const std::vector<int> &file = m_fileRows[filePixel];
-        const std::vector<int> &expected = m_result.multiLayerCoefData[screenPixel];
-        const auto packed = m_filePacked.begin() + packedOffset(filePixel);
-        return std::equal(file.begin(), file.end(), expected.begin(), expected.end(),
-                          [](int value, int wanted) {
-                              return std::min(value, LayerValues::cap) == wanted;
-                          })
-            && std::equal(packed, packed + static_cast<qint64>(packedBytes()),
-                          m_result.zipCoefData.begin() + packedOffset(screenPixel));
-    }
-    bool isNeutral(std::size_t filePixel) const override
-    {
-        bool isNeutralWord = true;
-        for (std::size_t i = 0; i < packedBytes(); ++i)
-            isNeutralWord
-                &= m_filePacked[filePixel * packedBytes() + i] == neutralWord[i % wordBytes];
-        return isNeutralWord && m_fileRows[filePixel] == m_neutralRow;
-    }
-
-    QStringList partitionDumps(bool withFiles) const override
-    {
-        QStringList names{QStringLiteral("areaEx_%1_before.txt"),
-                          QStringLiteral("area_%1_before.txt"),
-                          QStringLiteral("areaEx_%1_after.txt")};
-        if (withFiles)
-            names += QStringLiteral("areaEx_%1_afterZIP.txt");
-        return names;
-    }
-    QStringList screenDumps() const override
-    {
-        return {QStringLiteral("Multilayer_After_Revise.txt")};
-    }
-
-    QString writeTables(const QString &dir, QStringList &names) const override;
+    QString writeTables(const QString &dir) const override;
     QString fillNeutral(const NQRect &partition) override;
 
 private:
     std::size_t packedBytes() const { return static_cast<std::size_t>(m_layerCount) * wordBytes; }
-    std::ptrdiff_t packedOffset(std::size_t pixel) const
+
+    std::vector<DumpKind> dumpKinds() const override
     {
-        return static_cast<std::ptrdiff_t>(pixel * packedBytes());
+        return {{QStringLiteral("areaEx_%1_before.txt"), Dumped::StoredZone},
+                {QStringLiteral("area_%1_before.txt"), Dumped::OwnPixels},
+                {QStringLiteral("areaEx_%1_after.txt"), Dumped::Zone},
+                {QStringLiteral("areaEx_%1_afterZIP.txt"), Dumped::PackedBytes},
+                {QStringLiteral("Multilayer_After_Revise.txt"), Dumped::Screen}};
     }
 
     const int m_layerCount;
     const std::vector<int> m_neutralRow;
     WatchedLayered m_engine;
     std::unique_ptr<KindRun<LayerValues>> m_run;
-    Rows m_fileRows;
-    std::vector<unsigned char> m_filePacked;
 };
 
 /// Hands the values of rows to a sink, many rows at a time.
@@ -112,18 +70,16 @@ bool sendRows(const Rows &rows, const BlockSink &sink)
     return true;
 }
 
-QString LayeredKind::writeTables(const QString &dir, QStringList &names) const
+QString LayeredKind::writeTables(const QString &dir) const
 {
     const NQRect &screen = m_result.rect;
-    names.push_back(QStringLiteral("coefficients.npy"));
     QString fault = writeNpy(
-        dir + QLatin1Char('/') + names.back(), "<i4",
+        dir + QStringLiteral("/coefficients.npy"), "<i4",
         {rowsOf(screen), columnsOf(screen), qint64{m_layerCount} * 3},
         [&](const BlockSink &sink) { return sendRows(m_result.multiLayerCoefData, sink); });
     if (!fault.isEmpty())
         return fault;
-    names.push_back(QStringLiteral("packed.bin"));
-    return writeChecked(dir + QLatin1Char('/') + names.back(), [&](const BlockSink &sink) {
+    return writeChecked(dir + QStringLiteral("/packed.bin"), [&](const BlockSink &sink) {
         return sendLittleEndian(m_result.zipCoefData, sink);
     });
 }

@@ -1,17 +1,16 @@
 #pragma once
 
-#include "engines/coefkind.h"
+#include "engines/revisedzones.h"
+
+#include <QString>
 
 namespace seamrevise
 {
 
-/// Reads a partition's coefficient files back and compares them with the result of the revision,
-/// or with neutral values if the partition is not corrected; their sizes too. The engine must be
-/// the one that wrote them. Empty, or the first fault with the file's name.
-QString checkFiles(CoefKind &kind, const QString &dir, int number, const NQRect &partition,
-                   bool isCorrected);
-
-/// Whether a text dump was written to its end, which the library does not check.
-bool isWholeDump(const QString &path);
+/// Reads a partition's coefficient files from the disk, without an engine, and compares them with
+/// the zones that they were written from, value by value. Calls for different partitions may run at
+/// once. Empty, or the first fault with the file's name.
+QString readBackFault(const QString &dir, int number, const NQRect &partition,
+                      const std::vector<CoefficientFormat> &formats, const RevisedZones &revised);
 
 } // namespace seamrevise

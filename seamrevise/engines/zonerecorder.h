@@ -3,7 +3,7 @@
 #include "engines/linehash.h"
 #include "engines/zonevalues.h"
 #include "numbers/measurements.h"
-#include "threads/parallel.h"
+#include "process/parallel.h"
 
 #include <QMap>
 

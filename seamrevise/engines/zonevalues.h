@@ -6,6 +6,7 @@
 #include <seamrevision/coefszoneinfo.h>
 #include <seamrevision/multilayercoefzoneinfo.h>
 
+#include <algorithm>
 #include <limits>
 
 namespace seamrevise
@@ -39,6 +40,20 @@ public:
         return matrixLuminance(values, weights, highest);
     }
     static bool isSaturatedCode(Value) { return false; }
+
+    /// Values that change nothing, of one pixel.
+    std::vector<Value> neutralPixel() const
+    {
+        return {neutral, 0, 0, 0, neutral, 0, 0, 0, neutral};
+    }
+    /// What is delivered of a pixel, as many values as the file's format has.
+    void deliver(const Value *values, int highest, std::vector<qint32> &delivered) const
+    {
+        std::transform(values, values + perPixel(), delivered.begin(),
+                       [highest](Value value) { return std::min<qint32>(value, highest); });
+    }
+    /// All values of a zone as they are stored.
+    static const std::vector<Value> &stored(const Zone &zone) { return zone.m_arrayData; }
 };
 
 /// The same of a layered zone.
@@ -75,7 +90,30 @@ public:
     /// Whether the packed code of a value, (value - 512) / 2, is 0 or 1023.
     static bool isSaturatedCode(Value value) { return value < 514 || value >= 2558; }
 
+    std::vector<Value> neutralPixel() const { return std::vector<Value>(m_perPixel, neutral); }
+    /// The values themselves or, of a format with one number a layer, their packed words.
+    void deliver(const Value *values, int highest, std::vector<qint32> &delivered) const
+    {
+        const bool isPackedFormat = delivered.size() < m_perPixel;
+        for (qint32 &number : delivered) {
+            number = isPackedFormat ? packedWord(values) : std::min(*values, highest);
+            values += isPackedFormat ? 3 : 1;
+        }
+    }
+    static const std::vector<std::vector<Value>> &stored(const Zone &zone)
+    {
+        return zone.m_multiLayerCoefs;
+    }
+
 private:
+    /// The codes of red, green and blue, 10 bits each, from the lowest. Part of the file format.
+    static qint32 packedWord(const Value *layer)
+    {
+        const auto code
+            = [](Value value) { return std::min((std::clamp(value, 512, 2560) - 512) / 2, 1023); };
+        return code(layer[0]) | code(layer[1]) << 10 | code(layer[2]) << 20;
+    }
+
     std::size_t m_perPixel;
 };
 

@@ -93,6 +93,18 @@ QString readCoefficientFile(const QString &path, qint64 valueCount, std::vector<
     return readValues(path, valueCount, values);
 }
 
+QString readCoefficientFile(const QString &path, qint64 pixelCount, const CoefficientFormat &format,
+                            std::vector<qint32> &values)
+{
+    const qint64 valueCount = pixelCount * format.valuesPerPixel;
+    if (format.bytesPerValue == 4)
+        return readCoefficientFile(path, valueCount, values);
+    std::vector<quint16> narrow;
+    const QString fault = readCoefficientFile(path, valueCount, narrow);
+    values.assign(narrow.begin(), narrow.end());
+    return fault;
+}
+
 QString decryptionFault(const QString &path, qint64 contentBytes)
 {
     std::vector<unsigned char> content;

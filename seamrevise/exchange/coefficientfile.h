@@ -34,6 +34,10 @@ QString readCoefficientFile(const QString &path, qint64 valueCount, std::vector<
 QString readCoefficientFile(const QString &path, qint64 valueCount, std::vector<qint32> &values);
 QString readCoefficientFile(const QString &path, qint64 valueCount, std::vector<quint32> &values);
 
+/// The same for a file of any format; packed words are the same 32 bits.
+QString readCoefficientFile(const QString &path, qint64 pixelCount, const CoefficientFormat &format,
+                            std::vector<qint32> &values);
+
 /// Whether a file deciphers to that many bytes, whatever they are. Empty, or what is wrong with the
 /// file's name.
 QString decryptionFault(const QString &path, qint64 contentBytes);

@@ -51,8 +51,8 @@ QString writeChecked(const QString &path, const BlockSource &source)
         = [&](const char *bytes, qint64 count) { return file.write(bytes, count) == count; };
     if (!file.open(QIODevice::WriteOnly))
         return path + QStringLiteral(": ") + file.errorString();
-    if (!source(write) || !file.commit())
-        return path + QStringLiteral(": it could not be written whole; is the disk full?");
+    if (!source(write) || !file.flush() || !file.commit()) // closing would forget the cause
+        return path + QStringLiteral(": ") + file.errorString();
     return isSame(path, source) ? QString()
                                 : path + QStringLiteral(": it was written but reads differently");
 }

@@ -1,6 +1,6 @@
 #include "numbers/wallnumbers.h"
 
-#include "threads/parallel.h"
+#include "process/parallel.h"
 
 namespace seamrevise
 {

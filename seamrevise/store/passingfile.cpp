@@ -28,6 +28,9 @@ bool isGone(int process)
 PassingFile::PassingFile(const QString &finalPath)
     : m_finalPath(finalPath)
     , m_path(finalPath + QStringLiteral(".%1.part").arg(QCoreApplication::applicationPid()))
+    , m_journal(m_path + QStringLiteral("-journal"))
+    , m_unfinished(m_path, Unfinished::Files)
+    , m_unfinishedJournal(m_journal, Unfinished::Files)
 {
     removeStale();
     remove();
@@ -62,7 +65,7 @@ void PassingFile::removeStale() const
 void PassingFile::remove() const
 {
     QFile::remove(m_path);
-    QFile::remove(m_path + QStringLiteral("-journal"));
+    QFile::remove(m_journal);
 }
 
 } // namespace seamrevise

@@ -1,12 +1,15 @@
 #pragma once
 
+#include "process/interruption.h"
+
 #include <QString>
 
 namespace seamrevise
 {
 
 /// A file under a passing name beside its final one: renamed when it is whole, else removed.
-/// A process that is killed leaves it behind; the next one for the same final name clears it away.
+/// An interruption removes it; a process that is killed leaves it behind, and the next one for the
+/// same final name clears it away.
 class PassingFile
 {
 public:
@@ -27,6 +30,9 @@ private:
 
     const QString m_finalPath;
     const QString m_path;
+    const QString m_journal; ///< that SQLite has beside it
+    const Unfinished m_unfinished;
+    const Unfinished m_unfinishedJournal;
 };
 
 } // namespace seamrevise

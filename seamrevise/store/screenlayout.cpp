@@ -73,6 +73,12 @@ qint64 pixelsOf(const NQRect &rect)
     return columns != 0 && rowsOf(rect) > most / columns ? most : columns * rowsOf(rect);
 }
 
+bool isSameRect(const NQRect &first, const NQRect &second)
+{
+    return first.left() == second.left() && first.top() == second.top()
+        && first.right() == second.right() && first.bottom() == second.bottom();
+}
+
 NQRect shared(const NQRect &first, const NQRect &second)
 {
     return NQRect(std::max(first.left(), second.left()), std::max(first.top(), second.top()),

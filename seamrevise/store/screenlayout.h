@@ -21,6 +21,8 @@ qint64 rowsOf(const NQRect &rect);
 /// Pixels of a rectangle, at most 2^48: what no file holds anyway.
 qint64 pixelsOf(const NQRect &rect);
 
+bool isSameRect(const NQRect &first, const NQRect &second);
+
 /// The pixels that two rectangles share; inverted if there are none.
 NQRect shared(const NQRect &first, const NQRect &second);
 

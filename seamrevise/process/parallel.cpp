@@ -1,4 +1,4 @@
-#include "threads/parallel.h"
+#include "process/parallel.h"
 
 #include <algorithm>
 #include <atomic>

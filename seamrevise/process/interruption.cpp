@@ -1,4 +1,4 @@
-#include "delivery/interruption.h"
+#include "process/interruption.h"
 
 #include <QFile>
 
