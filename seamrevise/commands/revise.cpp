@@ -7,6 +7,7 @@
 #include "delivery/filesystem.h"
 #include "delivery/stagedfiles.h"
 #include "engines/readback.h"
+#include "process/interruption.h"
 #include "store/databaseaddress.h"
 
 #include <seamrevision/localconfig.h>
@@ -306,6 +307,7 @@ int ReviseRun::commit()
 {
     if (m_options.dryRun)
         return Exit_Done;
+    const Uninterrupted held; // dumps and delivery belong together
     QString fault = hasDumps() ? m_dumps.commit(dumpNames()) : QString();
     if (fault.isEmpty())
         fault = m_delivery.commit();

@@ -5,6 +5,7 @@
 #include "commands/progress.h"
 #include "delivery/stagedfiles.h"
 #include "exchange/npywriter.h"
+#include "process/interruption.h"
 #include "store/databaseaddress.h"
 #include "store/sqlscreenstore.h"
 
@@ -40,7 +41,7 @@ private:
     int firstTooLarge() const;
     int makeDatabase() const;
     bool fill(SqlScreenStore &store, Progress &progress) const;
-    QString writeLight() const;
+    QString writeLight(WholeFile &file) const;
     int report() const;
     void printSummary() const;
     JsonWriter document() const;
@@ -117,13 +118,17 @@ int SimulateRun::makeDatabase() const
 {
     Progress progress(m_options.common.showProgress ? &m_err : nullptr);
     SqlScreenStore store;
+    WholeFile light;
     QString fault;
     const bool isFilled
         = store.create(m_options.database, m_layout, {QString(), m_options.overwrite})
         && fill(store, progress);
     progress.clear();
     if (isFilled && !m_options.lightFile.isEmpty())
-        fault = writeLight();
+        fault = writeLight(light);
+    const Uninterrupted held; // light and database belong together
+    if (isFilled && !m_options.lightFile.isEmpty() && fault.isEmpty())
+        fault = light.commit();
     if (!fault.isEmpty())
         return fail(Exit_Output, fault);
     if (isFilled && store.commit())
@@ -151,22 +156,21 @@ bool SimulateRun::fill(SqlScreenStore &store, Progress &progress) const
     return true;
 }
 
-QString SimulateRun::writeLight() const
+/// Writes the light, which is not put in place yet.
+QString SimulateRun::writeLight(WholeFile &file) const
 {
-    WholeFile file;
-    QString fault = file.begin(m_options.lightFile, {});
+    const QString fault = file.begin(m_options.lightFile, {});
     if (!fault.isEmpty())
         return fault;
     const NQRect &screen = m_layout.screen;
-    fault = writeNpy(file.path(), "<f4", {rowsOf(screen), columnsOf(screen), 3},
-                     [&](const BlockSink &sink) {
-                         for (int row = screen.top(); row <= screen.bottom(); ++row) {
-                             if (!sendLittleEndian(m_wall.light(row), sink))
-                                 return false;
-                         }
-                         return true;
-                     });
-    return fault.isEmpty() ? file.commit() : fault;
+    return writeNpy(file.path(), "<f4", {rowsOf(screen), columnsOf(screen), 3},
+                    [&](const BlockSink &sink) {
+                        for (int row = screen.top(); row <= screen.bottom(); ++row) {
+                            if (!sendLittleEndian(m_wall.light(row), sink))
+                                return false;
+                        }
+                        return true;
+                    });
 }
 
 int SimulateRun::report() const

@@ -47,8 +47,13 @@ QByteArray npyHeader(const QByteArray &descr, const std::vector<qint64> &shape)
 QString writeChecked(const QString &path, const BlockSource &source)
 {
     QSaveFile file(path);
-    const auto write
-        = [&](const char *bytes, qint64 count) { return file.write(bytes, count) == count; };
+    // What is written in part only fails at its rest, which tells the cause.
+    const auto write = [&](const char *bytes, qint64 count) {
+        qint64 written = 0;
+        for (qint64 done = 0; done < count && written >= 0; done += written)
+            written = file.write(bytes + done, count - done);
+        return written >= 0;
+    };
     if (!file.open(QIODevice::WriteOnly))
         return path + QStringLiteral(": ") + file.errorString();
     if (!source(write) || !file.flush() || !file.commit()) // closing would forget the cause
