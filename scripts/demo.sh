@@ -29,7 +29,8 @@ quietly cmake --build --preset release --target seamrevise
 cd demo-output
 show simulate wall.db --size 1920x1080 --grid 6x4 --band 16x16 --seed 1 --uncorrected 5,9 \
     --layers 4 --force
-show revise wall.db -o single-layer
-show revise wall.db -o layered --layers 4
+show revise wall.db -o single-layer --force
+show revise wall.db -o layered --layers 4 --force
+show verify single-layer wall.db --fresh
 echo
 echo "The wall and its coefficient files are in demo-output/."

@@ -50,7 +50,7 @@ QString documentFault(const CommonOptions &options, const QString &input, const 
         return {};
     if (isSameFile(name, input))
         return name + QStringLiteral(": is the database; use another --json");
-    if (!outputDir.isEmpty() && isInside(name, outputDir))
+    if (!outputDir.isEmpty() && (isSameFile(name, outputDir) || isInside(name, outputDir)))
         return name + QStringLiteral(": lies in the output directory; use another --json");
     return {};
 }
