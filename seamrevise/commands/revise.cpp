@@ -8,12 +8,16 @@
 #include "delivery/stagedfiles.h"
 #include "engines/readback.h"
 #include "process/interruption.h"
+#include "process/parallel.h"
 #include "store/databaseaddress.h"
 
 #include <seamrevision/localconfig.h>
 
 #include <QDateTime>
 #include <QFileInfo>
+
+#include <algorithm>
+#include <utility>
 
 namespace seamrevise
 {
@@ -202,15 +206,20 @@ bool ReviseRun::judge()
 void ReviseRun::readBack(const RevisedZones &revised)
 {
     const std::vector<CoefficientFormat> formats = coefficientFormats(m_options.layerCount);
-    for (const auto &[number, rect] : layout().partitions) {
-        m_progress.show("reading back", number, static_cast<int>(layout().partitions.size()));
-        m_readBackFault = readBackFault(m_delivery.path(), number, rect, formats, revised);
-        if (!m_readBackFault.isEmpty())
-            break;
-    }
-    const QString cause = m_readBackFault.isEmpty() ? QString() : writeFault();
-    if (!cause.isEmpty())
-        m_readBackFault = cause;
+    const std::vector<std::pair<int, NQRect>> partitions(layout().partitions.begin(),
+                                                         layout().partitions.end());
+    std::vector<QString> faults(partitions.size());
+    forEachInParallel(static_cast<int>(partitions.size()), [&](int i) {
+        const auto place = static_cast<std::size_t>(i);
+        const auto &[number, rect] = partitions[place];
+        faults[place] = readBackFault(m_delivery.path(), number, rect, formats, revised);
+    });
+    const auto first = std::find_if(faults.begin(), faults.end(),
+                                    [](const QString &fault) { return !fault.isEmpty(); });
+    if (first == faults.end())
+        return;
+    const QString cause = writeFault();
+    m_readBackFault = cause.isEmpty() ? *first : cause;
 }
 
 int ReviseRun::reviseFailure()

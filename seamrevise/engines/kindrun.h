@@ -5,6 +5,7 @@
 #include "engines/watchedstore.h"
 #include "engines/zonerecorder.h"
 #include "exchange/storedhash.h"
+#include "process/parallel.h"
 
 #include <QElapsedTimer>
 
@@ -39,9 +40,12 @@ public:
     {
         const auto onRead = [this](int number, const Zone &zone) {
             timed(m_times.measuring, [&] {
-                m_recorder.zoneRead(number, zone);
-                if (m_request.hashesStored)
-                    m_storedSha256[number] = storedSha256(Values::stored(zone));
+                forEachInParallel(m_request.hashesStored ? 2 : 1, [&](int work) {
+                    if (work == 0)
+                        m_recorder.zoneRead(number, zone);
+                    else
+                        m_storedSha256[number] = storedSha256(Values::stored(zone));
+                });
             });
         };
         WatchedStore store(m_request.store, onlyFor<CoefsZoneInfo>(onRead),
