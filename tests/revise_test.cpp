@@ -1,6 +1,5 @@
 #include "delivery/filesystem.h"
 #include "delivery/manifest.h"
-#include "store/sqlscreenstore.h"
 
 #include "programsupport.h"
 
