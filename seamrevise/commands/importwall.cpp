@@ -14,6 +14,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <set>
 #include <utility>
 
@@ -129,13 +130,11 @@ bool WallImport::removeOthers()
     std::vector<StoredKind> stored;
     if (!listStored(m_store, stored))
         return false;
-    for (const StoredKind &kind : stored) {
+    return std::all_of(stored.begin(), stored.end(), [this](const StoredKind &kind) {
         const int number = kind.zone.number;
-        if (m_kinds.count({number, kind.layerCount}) == 0
-            && !m_store.remove(number, kind.layerCount))
-            return false;
-    }
-    return true;
+        return m_kinds.count({number, kind.layerCount}) != 0
+            || m_store.remove(number, kind.layerCount);
+    });
 }
 
 int WallImport::report()

@@ -9,6 +9,7 @@
 #include "numbers/primarygains.h"
 #include "store/sqlscreenstore.h"
 
+#include <iterator>
 #include <map>
 #include <utility>
 
@@ -58,7 +59,7 @@ void addKind(const KindInfo &info, JsonWriter &json)
     json.member("partition", info.kind.zone.number);
     json.member("layers", layersValue(info.kind.layerCount));
     addRect("zone", info.kind.zone.rect, json);
-    for (std::size_t i = 0; i < info.gains.size(); ++i) {
+    for (std::size_t i = 0; i < std::size(primaryNames); ++i) {
         json.beginObject(primaryNames[i], JsonWriter::Inline);
         json.member("mean", info.gains[i].mean);
         json.member("least", info.gains[i].least);

@@ -30,7 +30,7 @@ struct DumpPlan
     const ScreenLayout &layout;
     baseCommon::NQSize band;
     const std::map<int, NQRect> &storedZones; ///< of the corrected partitions
-    bool withFiles;                           ///< files are written, not a table
+    bool withFiles = false;                   ///< files are written, not a table
 };
 
 /// One kind of coefficients with the engine that revises it: all that differs for this program

@@ -130,7 +130,7 @@ private:
             const auto segment = [&](int firstCol, int lastCol, bool isOutside) {
                 if (firstCol <= lastCol)
                     visit(pixelIndex(rect, row, firstCol),
-                          static_cast<std::size_t>(lastCol - firstCol + 1), isOutside);
+                          static_cast<std::size_t>(qint64{lastCol} - firstCol + 1), isOutside);
             };
             if (row < outside.top() || row > outside.bottom() || columnsOf(outside) == 0) {
                 segment(own.left(), own.right(), false);

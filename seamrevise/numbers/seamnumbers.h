@@ -35,8 +35,8 @@ struct Step
 
 struct BlockNumbers
 {
-    int firstLine; ///< of the strip, from 0
-    int lineCount;
+    int firstLine = 0; ///< of the strip, from 0
+    int lineCount = 0;
     std::optional<double> disagreement;
     std::optional<double> before;
     std::optional<double> after;

@@ -22,10 +22,10 @@ struct StoredInventory
 {
     struct Coefficients
     {
-        int number;     ///< the partition's
-        int layerCount; ///< 0: single layer
+        int number = 0;     ///< the partition's
+        int layerCount = 0; ///< 0: single layer
         NQRect rect;
-        qint64 bytes; ///< 0 also where the value is not one of bytes
+        qint64 bytes = 0; ///< 0 also where the value is not one of bytes
     };
 
     int screenRows = 0;                     ///< rows of the table screen
