@@ -38,7 +38,7 @@ protected:
     static std::string kinds(const QJsonObject &document)
     {
         QString text;
-        for (const QJsonValue &finding : document["findings"].toArray()) {
+        for (const QJsonValue finding : document["findings"].toArray()) {
             const QJsonArray seam = finding["seam"].toArray();
             text += finding["kind"].toString() + ' '
                 + (seam.isEmpty()
@@ -237,7 +237,7 @@ TEST_F(Check, DocumentsSayWhatIsDelivered)
         int revised = 0;
         double before = 0.0;
         double after = 0.0;
-        for (const QJsonValue &seam : said["seams"].toArray()) {
+        for (const QJsonValue seam : said["seams"].toArray()) {
             revised += seam["revised"].toBool();
             EXPECT_EQ(seam["reason"].isNull(), seam["revised"].toBool());
             before = std::max(before, seam["step"]["before"]["worst"].toDouble());
@@ -246,7 +246,7 @@ TEST_F(Check, DocumentsSayWhatIsDelivered)
         EXPECT_EQ(revised, row.fades ? 4 : 0);
         EXPECT_EQ(after < before, row.fades) << before << ' ' << after;
         ASSERT_EQ(said["files"].toArray().size(), row.fileCount + 1); // and numbers.json
-        for (const QJsonValue &file : said["files"].toArray()) {
+        for (const QJsonValue file : said["files"].toArray()) {
             const QByteArray bytes = readFile(in("%d/o/") + file["name"].toString());
             EXPECT_EQ(file["bytes"].toInt(), bytes.size());
             EXPECT_EQ(

@@ -161,8 +161,8 @@ TEST(Npy, GainsAreRoundedHalfToEvenAndRefusedOutOfRange)
     };
     for (const auto &row : cases) {
         const int pixelValues = valuesPerPixel(row.layers);
-        std::vector<double> gains(static_cast<std::size_t>(2 * pixelValues), 1.0);
-        gains[static_cast<std::size_t>(pixelValues + 1)] = row.gain;
+        std::vector<double> gains(2 * static_cast<std::size_t>(pixelValues), 1.0);
+        gains[static_cast<std::size_t>(pixelValues) + 1] = row.gain;
         const QByteArray shape = "(1, 2, " + QByteArray::number(pixelValues) + ")";
         Coefficients result;
         const std::string faults = faultsOf(
@@ -171,7 +171,7 @@ TEST(Npy, GainsAreRoundedHalfToEvenAndRefusedOutOfRange)
             EXPECT_EQ(faults.find("[0, 1, 1] is "), 0U) << row.gain << faults;
             continue;
         }
-        const auto at = static_cast<std::size_t>(pixelValues + 1);
+        const auto at = static_cast<std::size_t>(pixelValues) + 1;
         EXPECT_EQ(faults, "") << row.gain;
         EXPECT_EQ(row.layers == 0 ? result.single.at(at) : result.layered.at(at), row.coefficient);
     }
@@ -329,8 +329,8 @@ TEST(Layout, FaultsAreToldWithTheirPlaces)
           "partitions[0].source[2]: a list within a list",
           "partitions[0].source[3].layers: a whole number from 0 to 64",
           "partitions[0].source[3]: it names no file",
-          "partitions[0].source[4].zone: the zone [6, 0, 9, 5] does not hold partition 2, which is"
-          " [5, 0, 9, 5]",
+          ("partitions[0].source[4].zone: the zone [6, 0, 9, 5] does not hold partition 2, which is"
+           " [5, 0, 9, 5]"),
           "partitions[0].source[5].zone: the zone [5, 0, 10, 5] reaches beyond the screen"}},
     };
     for (const auto &row : cases) {

@@ -15,7 +15,7 @@ namespace seamrevise
 /// Of one seam; empty where a side has no coefficients, or not in the whole strip.
 struct ChangedSeam
 {
-    SeamPair seam;
+    SeamPair seam{};
     std::optional<Disagreement> before;
     std::optional<Disagreement> after;
 };

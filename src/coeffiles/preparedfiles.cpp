@@ -12,7 +12,12 @@ namespace
 {
 
 /// A host may run a revision from within another one: each has its own object.
-thread_local PreparedFiles *innermost = nullptr;
+PreparedFiles *&innermost()
+{
+    // NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables): it is the thread's own
+    thread_local PreparedFiles *object = nullptr;
+    return object;
+}
 
 const unsigned char *keyBytes()
 {
@@ -22,13 +27,13 @@ const unsigned char *keyBytes()
 } // namespace
 
 PreparedFiles::PreparedFiles()
-    : m_outer(std::exchange(innermost, this))
+    : m_outer(std::exchange(innermost(), this))
 {
 }
 
 PreparedFiles::~PreparedFiles()
 {
-    innermost = m_outer;
+    innermost() = m_outer;
 }
 
 void PreparedFiles::prepare(const std::vector<ComingFile> &files) noexcept
@@ -64,13 +69,13 @@ void PreparedFiles::encrypt(const std::vector<ComingFile> &files)
 
 Ciphertext PreparedFiles::take(const QString &path, const std::vector<unsigned char> &plaintext)
 {
-    if (!innermost)
+    if (!innermost())
         return {};
-    const auto found = innermost->m_files.find(path);
-    if (found == innermost->m_files.end())
+    const auto found = innermost()->m_files.find(path);
+    if (found == innermost()->m_files.end())
         return {};
     Prepared prepared = std::move(found->second);
-    innermost->m_files.erase(found);
+    innermost()->m_files.erase(found);
     return prepared.plaintext.isOf(plaintext) ? std::move(prepared.ciphertext) : Ciphertext();
 }
 
