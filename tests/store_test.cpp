@@ -1,4 +1,5 @@
 #include "exchange/storedhash.h"
+#include "numbers/inputfindings.h"
 #include "store/databaseaddress.h"
 #include "store/sqlscreenstore.h"
 
@@ -142,7 +143,7 @@ TEST_P(Store, KeepsValuesLittleEndianAndWhoWroteThem)
               "34120000000000000000000000000000FEFF78563412FEFFFFFF00000000");
     SqlScreenStore store;
     ASSERT_TRUE(store.open(address()));
-    EXPECT_EQ(layoutFault(store.layout()), "");
+    EXPECT_TRUE(layoutFindings(store.layout()).empty());
     EXPECT_EQ(store.layout().band.height(), 2);
     MultiLayerCoefZoneInfo layered;
     ASSERT_EQ(store.readMultiLayerAreaCoefficients(1, 1, layered), 0);

@@ -1,7 +1,6 @@
 #include "store/screenlayout.h"
 
 #include <algorithm>
-#include <limits>
 
 namespace seamrevise
 {
@@ -23,35 +22,6 @@ int clamped(qint64 value, int low, int high)
 int partStart(int side, int parts, int part)
 {
     return static_cast<int>(qint64{side} * part / parts);
-}
-
-QString partitionText(int number)
-{
-    return QStringLiteral("partition %1").arg(number);
-}
-
-/// What is wrong with the place of one partition of a layout in which all partitions exist.
-QString placeFault(const ScreenLayout &layout, int row, int col)
-{
-    const int number = row * layout.grid.width() + col + 1;
-    const NQRect &rect = layout.partitions.at(number);
-    const NQRect &screen = layout.screen;
-    if (pixelsOf(rect) == 0)
-        return partitionText(number) + QStringLiteral(" has no pixel");
-
-    const NQRect *const left = col > 0 ? &layout.partitions.at(number - 1) : nullptr;
-    const NQRect *const above
-        = row > 0 ? &layout.partitions.at(number - layout.grid.width()) : nullptr;
-    const qint64 firstCol = left ? qint64{left->right()} + 1 : screen.left();
-    const qint64 firstRow = above ? qint64{above->bottom()} + 1 : screen.top();
-    if (rect.left() != firstCol || rect.top() != firstRow)
-        return partitionText(number) + QStringLiteral(" does not start where its neighbours end");
-    if ((left && left->bottom() != rect.bottom()) || (above && above->right() != rect.right()))
-        return partitionText(number) + QStringLiteral(" and its neighbours differ in size");
-    if ((col + 1 == layout.grid.width() && rect.right() != screen.right())
-        || (row + 1 == layout.grid.height() && rect.bottom() != screen.bottom()))
-        return partitionText(number) + QStringLiteral(" does not end where the screen ends");
-    return {};
 }
 
 } // namespace
@@ -116,39 +86,6 @@ ScreenLayout regularLayout(const baseCommon::NQSize &size, const baseCommon::NQS
         }
     }
     return layout;
-}
-
-QString layoutFault(const ScreenLayout &layout)
-{
-    constexpr qint64 most = std::numeric_limits<int>::max();
-    const qint64 count = qint64{layout.grid.width()} * layout.grid.height();
-    if (layout.grid.width() < 1 || layout.grid.height() < 1 || count > most)
-        return QStringLiteral("the partition grid has no partition, or too many");
-    if (pixelsOf(layout.screen) == 0 || pixelsOf(layout.screen) > most)
-        return QStringLiteral("the screen has no pixel, or too many");
-    if (layout.band.width() < 0 || layout.band.height() < 0)
-        return QStringLiteral("the band is negative");
-
-    int expected = 1;
-    for (const auto &entry : layout.partitions) {
-        if (entry.first != expected)
-            break;
-        ++expected;
-    }
-    if (expected <= count)
-        return partitionText(expected) + QStringLiteral(" is missing from the grid");
-    if (static_cast<qint64>(layout.partitions.size()) > count)
-        return partitionText(layout.partitions.rbegin()->first)
-            + QStringLiteral(" is not in the grid");
-
-    for (int row = 0; row < layout.grid.height(); ++row) {
-        for (int col = 0; col < layout.grid.width(); ++col) {
-            QString fault = placeFault(layout, row, col);
-            if (!fault.isEmpty())
-                return fault;
-        }
-    }
-    return {};
 }
 
 StoredZone zoneOf(const ScreenLayout &layout, int number)

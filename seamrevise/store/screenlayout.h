@@ -52,10 +52,6 @@ struct ScreenLayout
 ScreenLayout regularLayout(const baseCommon::NQSize &size, const baseCommon::NQSize &grid,
                            const baseCommon::NQSize &band);
 
-/// What keeps a layout from being a complete grid, empty if nothing: every number is there, the
-/// partitions cover the screen without gap or overlap, and neighbours meet along whole edges.
-QString layoutFault(const ScreenLayout &layout);
-
 /// Where coefficients of a partition lie: its zone reaches beyond the partition itself.
 struct StoredZone
 {
