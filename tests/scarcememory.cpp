@@ -1,5 +1,7 @@
 #include "scarcememory.h"
 
+#include <QtGlobal>
+
 #include <dlfcn.h>
 #include <new>
 
@@ -34,12 +36,14 @@ void *__libc_malloc(std::size_t size);
 void *__libc_realloc(void *memory, std::size_t size);
 // NOLINTEND(bugprone-reserved-identifier)
 
-void *malloc(std::size_t size) noexcept
+// Exported for Qt and the standard library: clang hides them otherwise, as the program hides its
+// symbols by default.
+Q_DECL_EXPORT void *malloc(std::size_t size) noexcept
 {
     return isRefused() ? nullptr : __libc_malloc(size);
 }
 
-void *realloc(void *memory, std::size_t size) noexcept
+Q_DECL_EXPORT void *realloc(void *memory, std::size_t size) noexcept
 {
     return isRefused() ? nullptr : __libc_realloc(memory, size);
 }
