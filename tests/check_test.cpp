@@ -1,6 +1,5 @@
 #include "commands/loglines.h"
 #include "engines/coefkind.h"
-#include "process/parallel.h"
 #include "store/sqlscreenstore.h"
 
 #include "programsupport.h"
@@ -269,21 +268,6 @@ TEST_F(Check, AnyNumberOfJobsFindsTheSame)
     EXPECT_EQ(found(" --jobs 7"), one);
     EXPECT_EQ(found(""), one);
     expect(2, "check %d/w.db --jobs 0", "--jobs takes a number from 1");
-}
-
-TEST(Parallel, CallsOnceForEachNumberAndPassesOnWhatIsThrown)
-{
-    for (const int jobs : {0, 1, 2, 9}) {
-        setJobs(jobs);
-        for (const int count : {0, 1, 2, 100}) {
-            std::vector<std::atomic<int>> calls(static_cast<std::size_t>(count));
-            forEachInParallel(count, [&](int i) { ++calls[static_cast<std::size_t>(i)]; });
-            for (const auto &number : calls)
-                EXPECT_EQ(number, 1);
-        }
-        EXPECT_THROW(forEachInParallel(5, [](int) { throw std::bad_alloc(); }), std::bad_alloc);
-    }
-    setJobs(0);
 }
 
 TEST_F(Check, DocumentsReplaceNeitherInputNorOutput)

@@ -18,18 +18,17 @@ int &jobLimit()
     return jobs;
 }
 
-int threadsFor(int count)
-{
-    const int most
-        = jobLimit() > 0 ? jobLimit() : static_cast<int>(std::thread::hardware_concurrency());
-    return std::min(count, most);
-}
-
 } // namespace
 
 void setJobs(int jobs)
 {
     jobLimit() = jobs;
+}
+
+int mostThreads()
+{
+    return jobLimit() > 0 ? jobLimit()
+                          : std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
 }
 
 void forEachInParallel(int count, const std::function<void(int)> &call)
@@ -41,7 +40,7 @@ void forEachInParallel(int count, const std::function<void(int)> &call)
     };
     // Where no thread can be had, a future runs when it is waited for.
     std::vector<std::future<void>> others;
-    for (int i = 1; i < threadsFor(count); ++i)
+    for (int i = 1; i < std::min(count, mostThreads()); ++i)
         others.push_back(std::async(work));
     work();
     for (std::future<void> &other : others)
