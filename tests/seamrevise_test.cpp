@@ -15,6 +15,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <map>
 #include <memory>
 
 using namespace seamrevise;
@@ -63,11 +64,23 @@ TEST(ReadBack, FilesThatAreNotWhatWasRevisedAreFound)
         layout.partitions = {{1, NQRect(0, 0, 2, 1)}, {2, NQRect(3, 0, 5, 1)}};
         int faults = 0;
         EngineRequest request{host, layout, {1}, {2, 2}, 0, usualWeights, host.path(), true};
-        request.onSaved = [&](const RevisedZones &zones) {
+        const RevisedZones *revised = nullptr;
+        std::map<QString, QByteArray> written;
+        request.onFilesWritten = [&](int number, const RevisedZones &zones) {
+            revised = &zones;
+            for (const QString &suffix : row.suffixes) {
+                const QString path = host.path() + '/' + QString::number(number) + suffix;
+                EXPECT_TRUE(written.emplace(path, readFile(path)).second);
+            }
+        };
+        request.onSavingEnded = [&] {
+            ASSERT_EQ(written.size(), layout.partitions.size() * row.suffixes.size());
+            for (const auto &[path, bytes] : written)
+                EXPECT_EQ(readFile(path), bytes) << path.toStdString();
             for (const auto &[number, rect] : layout.partitions) {
                 const auto fault = [&, place = rect, key = number] {
                     return readBackFault(host.path(), key, place, coefficientFormats(row.layers),
-                                         zones);
+                                         *revised);
                 };
                 EXPECT_EQ(fault(), "");
                 for (const QString &suffix : row.suffixes) {
@@ -90,6 +103,21 @@ TEST(ReadBack, FilesThatAreNotWhatWasRevisedAreFound)
         };
         row.kind->run(request);
         EXPECT_EQ(faults, 2 * 3 * row.suffixes.size());
+
+        // Where a file cannot be written the zones are there until what works on them has ended.
+        QFile::remove(host.path() + "/1" + row.suffixes.back());
+        QDir().mkpath(host.path() + "/1" + row.suffixes.back());
+        bool hasEnded = false;
+        request.onFilesWritten = [&](int, const RevisedZones &zones) { revised = &zones; };
+        request.onSavingEnded = [&] {
+            hasEnded = true;
+            const std::vector<qint32> none(64, -1);
+            EXPECT_GT(
+                revised->compare(1, coefficientFormats(row.layers).front(), none, noCap).values, 0);
+        };
+        row.kind->run(request);
+        EXPECT_EQ(row.kind->result().errCode, ErrCode_SaveCombineCoefFailed);
+        EXPECT_TRUE(hasEnded);
     }
 }
 

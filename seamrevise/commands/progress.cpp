@@ -1,7 +1,5 @@
 #include "commands/progress.h"
 
-#include <seamrevision/funcrunningstate.h>
-
 namespace seamrevise
 {
 
@@ -29,28 +27,21 @@ void Progress::replaceLine(const std::string &text)
 
 EngineProgress::EngineProgress(Progress &progress, int loadCount, int seamCount, int saveCount)
     : m_progress(progress)
-    , m_activities{{"loading", QLatin1String("::readCofficients"), loadCount, 0},
-                   {"revising", QLatin1String("::partitionCoefRevise"), seamCount, 0},
-                   {"saving", QLatin1String("::saveCombineAreaCoef"), saveCount, 0}}
+    , m_activities{{EngineStep::Load, {"loading", loadCount, 0}},
+                   {EngineStep::Revise, {"revising", seamCount, 0}},
+                   {EngineStep::Save, {"saving", saveCount, 0}}}
 {
-    FuncRunningState::setObserver([this](const char *event, const QString &function) {
-        if (event[0] == 'e')
-            entered(function);
-    });
 }
 
 EngineProgress::~EngineProgress()
 {
-    FuncRunningState::setObserver(nullptr);
     m_progress.clear();
 }
 
-void EngineProgress::entered(const QString &function)
+void EngineProgress::begin(EngineStep step)
 {
-    for (Activity &activity : m_activities) {
-        if (function.endsWith(activity.function))
-            m_progress.show(activity.text, ++activity.done, activity.total);
-    }
+    Activity &activity = m_activities.at(step);
+    m_progress.show(activity.text, ++activity.done, activity.total);
 }
 
 } // namespace seamrevise

@@ -1,7 +1,8 @@
 #pragma once
 
-#include <QString>
+#include "engines/enginerun.h"
 
+#include <map>
 #include <ostream>
 #include <string>
 
@@ -32,8 +33,7 @@ private:
     std::size_t m_shownLength = 0;
 };
 
-/// While it lives, shows how far an engine is: it watches which of its functions are entered.
-/// Only one at a time, made while no engine runs.
+/// Shows how far an engine is, until it goes.
 class EngineProgress
 {
 public:
@@ -42,18 +42,17 @@ public:
     EngineProgress(const EngineProgress &) = delete;
     EngineProgress &operator=(const EngineProgress &) = delete;
 
-private:
-    void entered(const QString &function);
+    void begin(EngineStep step);
 
+private:
     struct Activity
     {
         const char *text;
-        QLatin1String function;
         int total;
         int done;
     };
     Progress &m_progress;
-    Activity m_activities[3];
+    std::map<EngineStep, Activity> m_activities;
 };
 
 } // namespace seamrevise

@@ -7,8 +7,8 @@
 #include "delivery/filesystem.h"
 #include "delivery/stagedfiles.h"
 #include "engines/readback.h"
+#include "process/backgroundwork.h"
 #include "process/interruption.h"
-#include "process/parallel.h"
 #include "store/databaseaddress.h"
 
 #include <seamrevision/localconfig.h>
@@ -17,7 +17,10 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <deque>
+#include <functional>
 #include <utility>
+#include <vector>
 
 namespace seamrevise
 {
@@ -89,9 +92,12 @@ private:
 
     QString stageDumps(const QStringList &inputs);
     bool judge();
-    void readBack(const RevisedZones &revised);
+    void checkBeside(std::function<QString()> check);
+    QString finishChecks();
+    QString checkFiles(int number, const RevisedZones &revised);
     int reviseFailure();
     QString writeFault();
+    QString writeTables();
     void fillUncorrected();
     std::vector<DumpFile> dumps();
     QStringList dumpNames();
@@ -121,8 +127,10 @@ private:
     WallRun m_wall;
     Delivery m_delivery;
     StagedFiles m_dumps;
-    QString m_readBackFault;
     int m_reportedNotes = 0;
+    std::vector<TableFile> m_tables;
+    std::deque<QString> m_checkFaults; ///< empty where a check finds none
+    BackgroundWork m_work;             ///< ends before what it works on goes
 };
 
 int ReviseRun::open()
@@ -176,9 +184,11 @@ int ReviseRun::reviseSeams()
     blending.outputDir = m_delivery.path();
     blending.toFiles = !m_options.table;
     blending.deliveredCap = m_options.table ? kind().cap() : noCap;
-    blending.hashesStored = true;
-    if (blending.toFiles)
-        blending.onSaved = [this](const RevisedZones &zones) { readBack(zones); };
+    blending.hashing = &m_work;
+    blending.onFilesWritten = [this](int number, const RevisedZones &zones) {
+        checkBeside([this, number, &zones] { return checkFiles(number, zones); });
+    };
+    blending.onSavingEnded = [this] { m_work.finish(); };
     m_wall.blend(blending);
     if (kind().result().errCode != ErrCode_Success)
         return reviseFailure();
@@ -188,7 +198,9 @@ int ReviseRun::reviseSeams()
                     QStringLiteral("pixels outside every strip would change, on lines of %1 pixels;"
                                    " nothing is delivered")
                         .arg(changedOutside));
-    return outcome(m_readBackFault);
+    const QString fault = finishChecks();
+    const QString cause = fault.isEmpty() ? QString() : writeFault();
+    return outcome(cause.isEmpty() ? fault : cause);
 }
 
 /// Says what looks wrong; whether to go on.
@@ -203,23 +215,33 @@ bool ReviseRun::judge()
     return report.numbers->changes.changedOutside == 0;
 }
 
-void ReviseRun::readBack(const RevisedZones &revised)
+/// Checks something while the run goes on; finishChecks() waits for it.
+void ReviseRun::checkBeside(std::function<QString()> check)
+{
+    QString &fault = m_checkFaults.emplace_back();
+    m_work.add(0, [&fault, check = std::move(check)] { fault = check(); });
+}
+
+/// Empty, or the first fault.
+QString ReviseRun::finishChecks()
+{
+    m_work.finish();
+    const auto first = std::find_if(m_checkFaults.begin(), m_checkFaults.end(),
+                                    [](const QString &fault) { return !fault.isEmpty(); });
+    return first == m_checkFaults.end() ? QString() : *first;
+}
+
+/// Reads a partition's files back and finishes them.
+QString ReviseRun::checkFiles(int number, const RevisedZones &revised)
 {
     const std::vector<CoefficientFormat> formats = coefficientFormats(m_options.layerCount);
-    const std::vector<std::pair<int, NQRect>> partitions(layout().partitions.begin(),
-                                                         layout().partitions.end());
-    std::vector<QString> faults(partitions.size());
-    forEachInParallel(static_cast<int>(partitions.size()), [&](int i) {
-        const auto place = static_cast<std::size_t>(i);
-        const auto &[number, rect] = partitions[place];
-        faults[place] = readBackFault(m_delivery.path(), number, rect, formats, revised);
-    });
-    const auto first = std::find_if(faults.begin(), faults.end(),
-                                    [](const QString &fault) { return !fault.isEmpty(); });
-    if (first == faults.end())
-        return;
-    const QString cause = writeFault();
-    m_readBackFault = cause.isEmpty() ? *first : cause;
+    QString fault = readBackFault(m_delivery.path(), number, layout().partitions.at(number),
+                                  formats, revised);
+    for (const CoefficientFormat &format : formats) {
+        if (fault.isEmpty())
+            fault = m_delivery.finishFile(QString::number(number) + format.suffix);
+    }
+    return fault;
 }
 
 int ReviseRun::reviseFailure()
@@ -256,12 +278,27 @@ int ReviseRun::finishFiles()
     QString fault;
     if (m_options.table) {
         fillUncorrected();
-        fault = kind().writeTables(m_delivery.path());
+        fault = writeTables();
         m_wall.endPart("writing");
     }
     if (fault.isEmpty() && hasDumps())
         fault = checkDumps();
     return outcome(fault);
+}
+
+/// Each table is hashed, which takes longest, and compared beside what else is to be done.
+QString ReviseRun::writeTables()
+{
+    m_tables = kind().tables();
+    for (const TableFile &table : m_tables) {
+        const QString path = m_delivery.path() + QLatin1Char('/') + table.name;
+        const QString fault = writeWhole(path, table.bytes);
+        if (!fault.isEmpty())
+            return fault;
+        checkBeside([this, &table] { return m_delivery.finishFile(table.name); });
+        checkBeside([path, &table] { return comparisonFault(path, table.bytes); });
+    }
+    return {};
 }
 
 void ReviseRun::fillUncorrected()
@@ -303,8 +340,10 @@ int ReviseRun::seal()
     manifest.command = resolvedCommand(m_options, manifest.band);
     manifest.when = QDateTime::currentDateTimeUtc().toString(Qt::ISODate);
     manifest.isTable = m_options.table;
-    QString fault = m_delivery.addFile(QStringLiteral("numbers.json"),
-                                       numbersDocument(m_wall.report()).text());
+    QString fault = finishChecks();
+    if (fault.isEmpty())
+        fault = m_delivery.addFile(QStringLiteral("numbers.json"),
+                                   numbersDocument(m_wall.report()).text());
     if (fault.isEmpty())
         fault = m_delivery.seal(manifest);
     m_wall.report().files = manifest.files;

@@ -61,7 +61,7 @@ std::set<int> WallRun::corrected() const
 void WallRun::blend(const Blending &blending)
 {
     const auto seams = static_cast<int>(seamsOf(layout().grid).size());
-    const EngineProgress progress(m_progress, static_cast<int>(m_storedZones.size()), seams,
+    EngineProgress progress(m_progress, static_cast<int>(m_storedZones.size()), seams,
                                   static_cast<int>(layout().partitions.size()));
     bool isSaved = false;
     const auto onRevised = [&](const RevisedZones &zones) {
@@ -70,8 +70,9 @@ void WallRun::blend(const Blending &blending)
         return isSaved;
     };
     m_kind->run({m_store, layout(), corrected(), m_report.band, m_options.margin, m_options.weights,
-                 blending.outputDir, blending.toFiles, blending.deliveredCap, blending.hashesStored,
-                 onRevised, blending.onSaved});
+                 blending.outputDir, blending.toFiles, blending.deliveredCap, blending.hashing,
+                 [&](EngineStep step) { progress.begin(step); }, onRevised, blending.onFilesWritten,
+                 blending.onSavingEnded});
     m_report.parts.push_back({isSaved ? "saving" : "closing", m_kind->times().saving});
     if (isSaved && blending.toFiles)
         m_report.parts.push_back({"reading back", m_kind->times().checking});
@@ -80,6 +81,7 @@ void WallRun::blend(const Blending &blending)
 
 Manifest WallRun::manifest() const
 {
+    const std::map<int, QByteArray> storedHashes = m_kind->storedHashes();
     Manifest manifest;
     manifest.database = m_options.database;
     manifest.screen = m_report.screen;
@@ -88,11 +90,13 @@ Manifest WallRun::manifest() const
     manifest.margin = m_report.margin;
     manifest.layerCount = m_report.layerCount;
     for (const auto &[number, rect] : layout().partitions)
-        manifest.partitions.push_back(manifestPartition(number, rect));
+        manifest.partitions.push_back(manifestPartition(number, rect, storedHashes));
     return manifest;
 }
 
-ManifestPartition WallRun::manifestPartition(int number, const NQRect &rect) const
+ManifestPartition
+WallRun::manifestPartition(int number, const NQRect &rect,
+                           const std::map<int, QByteArray> &storedHashes) const
 {
     ManifestPartition partition;
     partition.number = number;
@@ -100,7 +104,7 @@ ManifestPartition WallRun::manifestPartition(int number, const NQRect &rect) con
     partition.isCorrected = isCorrected(number);
     if (partition.isCorrected) {
         partition.zone = m_storedZones.at(number);
-        partition.storedSha256 = m_kind->storedHashes().at(number);
+        partition.storedSha256 = storedHashes.at(number);
     }
     const auto revision = m_revisions.find(number);
     if (revision != m_revisions.end()) {

@@ -24,12 +24,14 @@ struct Blending
     /// returns whether to save.
     std::function<bool(const RevisedZones &)> onMeasured
         = [](const RevisedZones &) { return false; };
-    /// The zones are saved and still as they were.
-    std::function<void(const RevisedZones &)> onSaved = [](const RevisedZones &) {};
-    QString outputDir;        ///< of files
-    bool toFiles = false;     ///< else into the table of the result
-    int deliveredCap = noCap; ///< of the values that the numbers take as delivered
-    bool hashesStored = false;
+    /// The files of a partition are written; the zones stay as they are until onSavingEnded.
+    std::function<void(int number, const RevisedZones &)> onFilesWritten
+        = [](int, const RevisedZones &) {};
+    std::function<void()> onSavingEnded = [] {}; ///< well or not
+    QString outputDir;                           ///< of files
+    bool toFiles = false;                        ///< else into the table of the result
+    int deliveredCap = noCap;          ///< of the values that the numbers take as delivered
+    BackgroundWork *hashing = nullptr; ///< takes the hashes for a manifest
 };
 
 /// One run of an engine over the wall of a database: the database is opened and judged, the seams
@@ -70,7 +72,8 @@ public:
 private:
     bool readRevisions();
     std::set<int> corrected() const;
-    ManifestPartition manifestPartition(int number, const NQRect &rect) const;
+    ManifestPartition manifestPartition(int number, const NQRect &rect,
+                                        const std::map<int, QByteArray> &storedHashes) const;
     void reckon();
     double stepLimit() const { return m_options.stepLimit.value_or(usualStepLimit); }
 

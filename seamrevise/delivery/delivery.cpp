@@ -3,7 +3,6 @@
 #include "delivery/filesystem.h"
 #include "delivery/placing.h"
 #include "delivery/verification.h"
-#include "process/parallel.h"
 
 #include <QCryptographicHash>
 #include <QDir>
@@ -91,22 +90,6 @@ ManifestFile syncedFile(const QString &directory, const QString &name, QString &
     return file;
 }
 
-/// Lists all files of a directory, each of them synced.
-QString listFiles(const QString &directory, std::vector<ManifestFile> &files)
-{
-    QStringList names = entriesOf(directory);
-    std::sort(names.begin(), names.end(), comesBefore);
-    std::vector<QString> faults(static_cast<std::size_t>(names.size()));
-    files.resize(faults.size());
-    forEachInParallel(names.size(), [&](int i) {
-        const auto index = static_cast<std::size_t>(i);
-        files[index] = syncedFile(directory, names[i], faults[index]);
-    });
-    const auto fault = std::find_if(faults.begin(), faults.end(),
-                                    [](const QString &text) { return !text.isEmpty(); });
-    return fault == faults.end() ? QString() : *fault;
-}
-
 } // namespace
 
 QString Delivery::begin(const Request &request)
@@ -131,9 +114,33 @@ QString Delivery::addFile(const QString &name, const QByteArray &bytes) const
     return writeSynced(path() + QLatin1Char('/') + name, bytes);
 }
 
+QString Delivery::finishFile(const QString &name)
+{
+    QString fault;
+    const ManifestFile file = syncedFile(path(), name, fault);
+    const std::lock_guard<std::mutex> lock(m_finishedMutex);
+    m_finished[name] = file;
+    return fault;
+}
+
+/// Lists all files that are there, each of them finished.
+QString Delivery::listFiles(std::vector<ManifestFile> &files)
+{
+    QStringList names = entriesOf(path());
+    std::sort(names.begin(), names.end(), comesBefore);
+    for (const QString &name : names) {
+        const bool isFinished = m_finished.count(name) != 0;
+        const QString fault = isFinished ? QString() : finishFile(name);
+        if (!fault.isEmpty())
+            return fault;
+        files.push_back(m_finished[name]);
+    }
+    return {};
+}
+
 QString Delivery::seal(Manifest &manifest)
 {
-    QString fault = listFiles(path(), manifest.files);
+    QString fault = listFiles(manifest.files);
     if (!fault.isEmpty())
         return fault;
     const QByteArray text = manifestText(manifest);

@@ -7,6 +7,9 @@
 #include <QString>
 #include <QStringList>
 
+#include <map>
+#include <mutex>
+
 namespace seamrevise
 {
 
@@ -14,7 +17,7 @@ namespace seamrevise
 ///
 ///     Delivery delivery;
 ///     fault = delivery.begin({"out", force, keep, {database}});
-///     ... files are written into delivery.path() and read back ...
+///     ... files are written into delivery.path(), read back and finished ...
 ///     fault = delivery.addFile("numbers.json", text);
 ///     fault = delivery.seal(manifest); // all that a dry run does
 ///     fault = delivery.commit();
@@ -41,6 +44,10 @@ public:
 
     QString addFile(const QString &name, const QByteArray &bytes) const;
 
+    /// Hashes a file that is complete and waits until it is on the disk, ahead of seal(), which
+    /// does so with all others. Calls for different files may run at once.
+    QString finishFile(const QString &name);
+
     /// Lists all files in the manifest, writes it, and waits until everything is on the disk.
     QString seal(Manifest &manifest);
 
@@ -56,10 +63,14 @@ public:
     const QString &changes() const { return m_changes; }
 
 private:
+    QString listFiles(std::vector<ManifestFile> &files);
+
     Request m_request;
     Staging m_staging;
     QByteArray m_manifestSha256;
     Manifest m_manifest;
+    std::mutex m_finishedMutex;
+    std::map<QString, ManifestFile> m_finished; ///< files ahead of seal()
     QStringList m_notes;
     QString m_keptName;
     QString m_changes;

@@ -2,9 +2,10 @@
 
 #include "delivery/deliveredset.h"
 #include "delivery/filesystem.h"
-#include "exchange/storedhash.h"
 #include "process/parallel.h"
+#include "store/inventory.h"
 #include "store/sqlscreenstore.h"
+#include "store/storedhashes.h"
 
 #include <seamrevision/multilayercoefzoneinfo.h>
 
@@ -17,6 +18,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <set>
 
 namespace seamrevise
 {
@@ -122,20 +124,41 @@ std::vector<FileCheck> listChecks(const Manifest &manifest,
     return checks;
 }
 
-/// The hash of a stored zone; empty where it cannot be read.
-QByteArray readStored(SqlScreenStore &store, int layerCount, int number)
+/// Adds the hashes of stored zones. False where one cannot be read.
+bool hashStored(SqlScreenStore &store, int layerCount, const std::set<int> &numbers,
+                StoredHashes &hashes)
 {
-    if (layerCount == 0) {
-        CoefsZoneInfo zone;
-        return store.readAreaCoefficients(number, zone) == 0 ? storedSha256(zone.m_arrayData)
-                                                             : QByteArray();
+    CoefsZoneInfo single;
+    MultiLayerCoefZoneInfo layered;
+    for (const int number : numbers) {
+        if (layerCount == 0) {
+            if (store.readAreaCoefficients(number, single) != 0)
+                return false;
+            hashes.add(number, single.m_arrayData);
+        } else {
+            if (store.readMultiLayerAreaCoefficients(static_cast<unsigned int>(layerCount),
+                                                     static_cast<unsigned int>(number), layered)
+                != 0)
+                return false;
+            hashes.add(number, layered.m_multiLayerCoefs);
+        }
     }
-    MultiLayerCoefZoneInfo zone;
-    return store.readMultiLayerAreaCoefficients(static_cast<unsigned int>(layerCount),
-                                                static_cast<unsigned int>(number), zone)
-            == 0
-        ? storedSha256(zone.m_multiLayerCoefs)
-        : QByteArray();
+    return true;
+}
+
+/// What is stored of a partition now, beside what its manifest says.
+std::optional<Difference> storedDifference(const ManifestPartition &known, const StoredZone *zone,
+                                           const std::map<int, QByteArray> &hashes)
+{
+    if (known.isCorrected != (zone != nullptr))
+        return partitionDifference("stored", known.number,
+                                   zone ? QStringLiteral("it has coefficients now")
+                                        : QStringLiteral("its coefficients are no longer stored"));
+    if (zone
+        && (hashes.at(known.number) != known.storedSha256 || !isSameRect(zone->rect, known.zone)))
+        return partitionDifference("stored", known.number,
+                                   QStringLiteral("other coefficients are stored now"));
+    return std::nullopt;
 }
 
 /// Screen and partitions; what is missing on one of the two sides too.
@@ -232,27 +255,28 @@ std::vector<Difference> verifyStored(const Manifest &manifest, SqlScreenStore &s
         return {};
     }
     std::vector<Difference> differences = compareLayout(manifest, store.layout());
-    for (const ManifestPartition &partition : manifest.partitions) {
+    const auto zoneOf = [&](const ManifestPartition &partition) -> const StoredZone * {
         const auto zone = std::find_if(zones.begin(), zones.end(), [&](const StoredZone &entry) {
             return entry.number == partition.number;
         });
-        if ((zone != zones.end()) != partition.isCorrected) {
-            differences.push_back(partitionDifference(
-                "stored", partition.number,
-                partition.isCorrected ? QStringLiteral("its coefficients are no longer stored")
-                                      : QStringLiteral("it has coefficients now")));
-            continue;
-        }
-        if (!partition.isCorrected)
-            continue;
-        const QByteArray hash = readStored(store, manifest.layerCount, partition.number);
-        if (hash.isEmpty()) {
-            fault = store.errorText();
-            return differences;
-        }
-        if (hash != partition.storedSha256 || !isSameRect(zone->rect, partition.zone))
-            differences.push_back(partitionDifference(
-                "stored", partition.number, QStringLiteral("other coefficients are stored now")));
+        return zone == zones.end() ? nullptr : &*zone;
+    };
+    std::set<int> numbers;
+    for (const ManifestPartition &partition : manifest.partitions) {
+        if (partition.isCorrected && zoneOf(partition))
+            numbers.insert(partition.number);
+    }
+    BackgroundWork work;
+    StoredHashes hashes(work, pixelsOf(manifest.screen) * storedPixelBytes(manifest.layerCount));
+    if (!hashStored(store, manifest.layerCount, numbers, hashes)) {
+        fault = store.errorText();
+        return differences;
+    }
+    const std::map<int, QByteArray> now = hashes.finish();
+    for (const ManifestPartition &partition : manifest.partitions) {
+        const auto difference = storedDifference(partition, zoneOf(partition), now);
+        if (difference)
+            differences.push_back(*difference);
     }
     return differences;
 }

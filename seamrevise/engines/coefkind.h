@@ -2,6 +2,7 @@
 
 #include "engines/enginerun.h"
 #include "exchange/dumpcheck.h"
+#include "exchange/npywriter.h"
 
 #include <seamrevision/areainfobase.h>
 #include <seamrevision/reviseresult.h>
@@ -22,6 +23,13 @@ struct DumpFile
 {
     QString name;
     DumpShape shape;
+};
+
+/// A file of a table and its bytes.
+struct TableFile
+{
+    QString name;
+    BlockSource bytes;
 };
 
 /// What the shapes of a run's dumps depend on.
@@ -47,8 +55,9 @@ public:
     /// Of the latest run, from its onRevised on.
     virtual const WallMeasurements &measured() const = 0;
     virtual const EngineTimes &times() const = 0;
-    /// Of what is stored for each corrected partition, if the request asked for it.
-    virtual const std::map<int, QByteArray> &storedHashes() const = 0;
+    /// The SHA-256 of what is stored for each corrected partition, if the request asked for it;
+    /// waits for those that are not done yet.
+    virtual std::map<int, QByteArray> storedHashes() = 0;
 
     virtual int layerCount() const = 0; ///< 0: single layer
     /// The largest value that the result's table holds; files hold larger ones.
@@ -57,8 +66,8 @@ public:
     /// The text dumps of the latest run.
     std::vector<DumpFile> dumps(const DumpPlan &plan) const;
 
-    /// Writes the result's tables into a directory and compares them. Empty, or what went wrong.
-    virtual QString writeTables(const QString &dir) const = 0;
+    /// The files of the result's tables, the largest first. Valid until the result changes.
+    virtual std::vector<TableFile> tables() const = 0;
 
     /// Fills the pixels of an uncorrected partition of the result, whose screen it is part of, if
     /// the engine leaves them empty. Says what with; empty if there is nothing to do.

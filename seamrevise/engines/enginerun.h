@@ -3,6 +3,7 @@
 #include "engines/revisedzones.h"
 #include "numbers/luminance.h"
 #include "numbers/measurements.h"
+#include "process/backgroundwork.h"
 
 #include <seamrevision/screendatabasemanager.h>
 
@@ -13,6 +14,14 @@
 
 namespace seamrevise
 {
+
+/// What an engine begins, once for each partition or seam.
+enum class EngineStep
+{
+    Load,
+    Revise,
+    Save
+};
 
 /// One run of an engine over a wall.
 struct EngineRequest
@@ -27,13 +36,19 @@ struct EngineRequest
     bool toFiles = false;     ///< else into the result's table
     int deliveredCap = noCap; ///< of the values that the numbers take as delivered
 
-    bool hashesStored = false; ///< takes the SHA-256 of what is stored, while it is read
+    /// Beside the run, takes the SHA-256 of what is stored; not taken without.
+    BackgroundWork *hashing = nullptr;
 
+    // All are called on the engine's thread.
+    std::function<void(EngineStep)> onStep = [](EngineStep) {};
     /// All zones are read and revised, and none is saved yet; what was measured of them is there.
     /// Returns whether to save them; if not, the run ends well and without a table.
     std::function<bool(const RevisedZones &)> onRevised = [](const RevisedZones &) { return true; };
-    /// The zones are saved and still as they were.
-    std::function<void(const RevisedZones &)> onSaved = [](const RevisedZones &) {};
+    /// The files of a partition are written; the zones stay as they are until onSavingEnded.
+    std::function<void(int number, const RevisedZones &)> onFilesWritten
+        = [](int, const RevisedZones &) {};
+    /// Saving has ended, well or not, and the zones will be gone.
+    std::function<void()> onSavingEnded = [] {};
 };
 
 /// How long the parts of a run took.
@@ -43,7 +58,7 @@ struct EngineTimes
     double revising = 0.0;  ///< with what the engine does besides
     double measuring = 0.0; ///< taking from the zones what the numbers need
     double saving = 0.0;
-    double checking = 0.0; ///< what is done once the zones are saved
+    double checking = 0.0; ///< what is done when saving has ended
 };
 
 } // namespace seamrevise

@@ -4,15 +4,18 @@
 #include "engines/watchedengines.h"
 #include "engines/watchedstore.h"
 #include "engines/zonerecorder.h"
-#include "exchange/storedhash.h"
-#include "process/parallel.h"
+#include "store/storedhashes.h"
+
+#include <seamrevision/funcrunningstate.h>
 
 #include <QElapsedTimer>
 
+#include <deque>
 #include <exception>
 #include <map>
+#include <optional>
 #include <type_traits>
-#include <vector>
+#include <utility>
 
 namespace seamrevise
 {
@@ -32,6 +35,9 @@ public:
                       request.deliveredCap},
                      values)
     {
+        if (request.hashing)
+            m_storedHashes.emplace(*request.hashing,
+                                   pixelsOf(request.layout.screen) * bytesPerPixel(values));
     }
 
     /// The records of the partitions must live as long as the engine.
@@ -40,12 +46,9 @@ public:
     {
         const auto onRead = [this](int number, const Zone &zone) {
             timed(m_times.measuring, [&] {
-                forEachInParallel(m_request.hashesStored ? 2 : 1, [&](int work) {
-                    if (work == 0)
-                        m_recorder.zoneRead(number, zone);
-                    else
-                        m_storedSha256[number] = storedSha256(Values::stored(zone));
-                });
+                if (m_storedHashes)
+                    m_storedHashes->add(number, Values::stored(zone));
+                m_recorder.zoneRead(number, zone);
             });
         };
         WatchedStore store(m_request.store, onlyFor<CoefsZoneInfo>(onRead),
@@ -53,12 +56,16 @@ public:
         m_store = &store;
         engine.setPScreenDb(&store);
         engine.setWatch(this);
+        FuncRunningState::setObserver([this](const char *event, const QString &function) {
+            keepThrown([&] { noteStep(event[0] == 'e', function); });
+        });
         m_sinceStart.start();
         const auto screenType
             = m_request.toFiles ? ScreenType_PartitionFile : static_cast<enum_ScreenType>(0);
         ST_ReviseResult result
             = engine.boundaryModifying(m_request.dir, screenType, areas, m_request.layout.grid,
                                        m_request.layout.screen, m_request.band, m_request.margin);
+        FuncRunningState::setObserver(nullptr);
         engine.setWatch(nullptr);
         engine.setPScreenDb(nullptr);
         if (const std::exception_ptr thrown = m_thrown ? m_thrown : store.thrown())
@@ -69,18 +76,66 @@ public:
 
     const WallMeasurements &measured() const { return m_recorder.measured(); }
     const EngineTimes &times() const { return m_times; }
-    const std::map<int, QByteArray> &storedHashes() const { return m_storedSha256; }
+    std::map<int, QByteArray> storedHashes() { return m_storedHashes->finish(); }
 
 private:
+    static qint64 bytesPerPixel(const Values &values)
+    {
+        return static_cast<qint64>(values.perPixel() * sizeof(typename Values::Value));
+    }
+
     bool zonesRevised(const QMap<int, Zone *> &zones) override
     {
         bool goesOn = false;
-        keepThrown([&] { goesOn = measure(zones); });
+        keepThrown([&] {
+            m_revised.emplace(m_request.layout, m_request.corrected, m_values, zones);
+            goesOn = measure(zones);
+            if (goesOn && m_request.toFiles)
+                expectFiles();
+        });
         return goesOn;
     }
-    void zonesSaved(const QMap<int, Zone *> &zones) override
+    void savingEnded(bool isSaved) override
     {
-        keepThrown([&] { timed(m_times.checking, [&] { m_request.onSaved(revised(zones)); }); });
+        keepThrown([&] {
+            while (isSaved && !m_notWritten.empty())
+                noteFilesWritten();
+        });
+        timed(m_times.checking, [&] { keepThrown(m_request.onSavingEnded); });
+    }
+
+    /// Uncorrected partitions have their files before seams are revised; the others get them in
+    /// ascending order.
+    void expectFiles()
+    {
+        for (const auto &entry : m_request.layout.partitions) {
+            if (m_request.corrected.count(entry.first) != 0)
+                m_notWritten.push_back(entry.first);
+            else
+                m_request.onFilesWritten(entry.first, *m_revised);
+        }
+    }
+    void noteFilesWritten()
+    {
+        const int number = m_notWritten.front();
+        m_notWritten.pop_front();
+        m_request.onFilesWritten(number, *m_revised);
+    }
+
+    void noteStep(bool begins, const QString &function)
+    {
+        static const std::pair<QLatin1String, EngineStep> steps[]
+            = {{QLatin1String("::readCofficients"), EngineStep::Load},
+               {QLatin1String("::partitionCoefRevise"), EngineStep::Revise},
+               {QLatin1String("::saveCombineAreaCoef"), EngineStep::Save}};
+        for (const auto &[name, step] : steps) {
+            if (!function.endsWith(name))
+                continue;
+            if (begins)
+                m_request.onStep(step);
+            else if (step == EngineStep::Save && !m_notWritten.empty())
+                noteFilesWritten();
+        }
     }
 
     /// What is thrown waits until the engine has come to its end.
@@ -94,17 +149,12 @@ private:
         }
     }
 
-    ZoneComparison<Values> revised(const QMap<int, Zone *> &zones) const
-    {
-        return {m_request.layout, m_request.corrected, m_values, zones};
-    }
-
     bool measure(const QMap<int, Zone *> &zones)
     {
         timed(m_times.measuring, [&] { m_recorder.zonesRevised(zones); });
         m_times.reading = m_store->readSeconds();
         m_times.revising = seconds() - m_times.reading - m_times.measuring;
-        const bool goesOn = m_request.onRevised(revised(zones));
+        const bool goesOn = m_request.onRevised(*m_revised);
         m_savingSince = seconds();
         return goesOn;
     }
@@ -131,7 +181,9 @@ private:
     const EngineRequest m_request;
     const Values m_values;
     ZoneRecorder<Values> m_recorder;
-    std::map<int, QByteArray> m_storedSha256;
+    std::optional<StoredHashes> m_storedHashes;
+    std::optional<ZoneComparison<Values>> m_revised; ///< of zones that live until saving ends
+    std::deque<int> m_notWritten;                    ///< partitions whose files will be
     EngineTimes m_times;
     QElapsedTimer m_sinceStart;
     const WatchedStore *m_store = nullptr; ///< while the engine runs

@@ -1,6 +1,5 @@
 #include "engines/coefkind.h"
 #include "engines/kindrun.h"
-#include "exchange/npywriter.h"
 
 #include <algorithm>
 
@@ -29,11 +28,11 @@ public:
     }
     const WallMeasurements &measured() const override { return m_run->measured(); }
     const EngineTimes &times() const override { return m_run->times(); }
-    const std::map<int, QByteArray> &storedHashes() const override { return m_run->storedHashes(); }
+    std::map<int, QByteArray> storedHashes() override { return m_run->storedHashes(); }
     int layerCount() const override { return m_layerCount; }
     int cap() const override { return LayerValues::cap; }
 
-    QString writeTables(const QString &dir) const override;
+    std::vector<TableFile> tables() const override;
     QString fillNeutral(const NQRect &partition) override;
 
 private:
@@ -70,18 +69,17 @@ bool sendRows(const Rows &rows, const BlockSink &sink)
     return true;
 }
 
-QString LayeredKind::writeTables(const QString &dir) const
+std::vector<TableFile> LayeredKind::tables() const
 {
     const NQRect &screen = m_result.rect;
-    QString fault = writeNpy(
-        dir + QStringLiteral("/coefficients.npy"), "<i4",
-        {rowsOf(screen), columnsOf(screen), qint64{m_layerCount} * 3},
-        [&](const BlockSink &sink) { return sendRows(m_result.multiLayerCoefData, sink); });
-    if (!fault.isEmpty())
-        return fault;
-    return writeChecked(dir + QStringLiteral("/packed.bin"), [&](const BlockSink &sink) {
-        return sendLittleEndian(m_result.zipCoefData, sink);
-    });
+    return {{QStringLiteral("coefficients.npy"),
+             npyBytes("<i4", {rowsOf(screen), columnsOf(screen), qint64{m_layerCount} * 3},
+                      [this](const BlockSink &sink) {
+                          return sendRows(m_result.multiLayerCoefData, sink);
+                      })},
+            {QStringLiteral("packed.bin"), [this](const BlockSink &sink) {
+                 return sendLittleEndian(m_result.zipCoefData, sink);
+             }}};
 }
 
 QString LayeredKind::fillNeutral(const NQRect &partition)

@@ -1,6 +1,5 @@
 #include "engines/coefkind.h"
 #include "engines/kindrun.h"
-#include "exchange/npywriter.h"
 
 namespace seamrevise
 {
@@ -18,17 +17,18 @@ public:
     }
     const WallMeasurements &measured() const override { return m_run->measured(); }
     const EngineTimes &times() const override { return m_run->times(); }
-    const std::map<int, QByteArray> &storedHashes() const override { return m_run->storedHashes(); }
+    std::map<int, QByteArray> storedHashes() override { return m_run->storedHashes(); }
     int layerCount() const override { return 0; }
     int cap() const override { return MatrixValues::cap; }
 
-    QString writeTables(const QString &dir) const override
+    std::vector<TableFile> tables() const override
     {
         const NQRect &screen = m_result.rect;
-        return writeNpy(dir + QStringLiteral("/coefficients.npy"), "<u2",
-                        {rowsOf(screen), columnsOf(screen), 9}, [&](const BlockSink &sink) {
-                            return sendLittleEndian(m_result.coefData, sink);
-                        });
+        return {
+            {QStringLiteral("coefficients.npy"),
+             npyBytes("<u2", {rowsOf(screen), columnsOf(screen), 9}, [this](const BlockSink &sink) {
+                 return sendLittleEndian(m_result.coefData, sink);
+             })}};
     }
 
 private:

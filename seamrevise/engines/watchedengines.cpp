@@ -14,17 +14,38 @@
 namespace seamrevise
 {
 
+namespace
+{
+
+/// Saves, if the watch does not mind. It is told of the end also when something is thrown.
+template <typename Zone, typename Save>
+enum_ErrCodeType watchedSaving(ZoneWatch<Zone> *watch, const QMap<int, Zone *> &zones, Save save)
+{
+    if (!watch)
+        return save();
+    if (!watch->zonesRevised(zones))
+        return ErrCode_Success;
+    struct End
+    {
+        ~End() { watch->savingEnded(isSaved); }
+        ZoneWatch<Zone> *const watch;
+        bool isSaved;
+    } end{watch, false};
+    const enum_ErrCodeType code = save();
+    end.isSaved = code == ErrCode_Success;
+    return code;
+}
+
+} // namespace
+
 enum_ErrCodeType WatchedSingleLayer::saveRevisedCoef(const QMap<int, CoefsZoneInfo *> &coefs,
                                                      QMap<QString, AreaInfoBase *> areas,
                                                      QString path, enum_ScreenType screenType,
                                                      ST_ReviseResult &result)
 {
-    if (m_watch && !m_watch->zonesRevised(coefs))
-        return ErrCode_Success;
-    const auto code = PartitionMerge::saveRevisedCoef(coefs, areas, path, screenType, result);
-    if (m_watch && code == ErrCode_Success)
-        m_watch->zonesSaved(coefs);
-    return code;
+    return watchedSaving(m_watch, coefs, [&] {
+        return PartitionMerge::saveRevisedCoef(coefs, areas, path, screenType, result);
+    });
 }
 
 /// One call of boundaryModifying: the steps in their order, each with the code that ends it.
@@ -176,14 +197,12 @@ enum_ErrCodeType WatchedLayered::Revision::reviseSeams()
 
 enum_ErrCodeType WatchedLayered::Revision::save()
 {
-    if (m_engine.m_watch && !m_engine.m_watch->zonesRevised(m_zones))
-        return ErrCode_Success;
-    m_result.multiLayerCoefData.assign(static_cast<std::size_t>(m_result.rect.area()),
-                                       std::vector<int>(neutralRow(m_engine.m_layerSize).size()));
-    const auto code = m_engine.saveRevisedCoef(m_zones, m_areas, m_dir, m_screenType, m_result);
-    if (m_engine.m_watch && code == ErrCode_Success)
-        m_engine.m_watch->zonesSaved(m_zones);
-    return code;
+    return watchedSaving(m_engine.m_watch, m_zones, [&] {
+        m_result.multiLayerCoefData.assign(
+            static_cast<std::size_t>(m_result.rect.area()),
+            std::vector<int>(neutralRow(m_engine.m_layerSize).size()));
+        return m_engine.saveRevisedCoef(m_zones, m_areas, m_dir, m_screenType, m_result);
+    });
 }
 
 } // namespace seamrevise

@@ -17,8 +17,8 @@ public:
     /// without any cap. Returns whether to save them; if not, the revision ends with success and
     /// without a table.
     virtual bool zonesRevised(const QMap<int, Zone *> &zones) = 0;
-    /// The zones are saved, and still as they were.
-    virtual void zonesSaved(const QMap<int, Zone *> &zones) = 0;
+    /// Saving has ended. The zones that zonesRevised() saw are still as they were.
+    virtual void savingEnded(bool isSaved) = 0;
 };
 
 /// The single-layer engine with a watch on its zones.

@@ -44,7 +44,7 @@ QByteArray npyHeader(const QByteArray &descr, const std::vector<qint64> &shape)
 
 } // namespace
 
-QString writeChecked(const QString &path, const BlockSource &source)
+QString writeWhole(const QString &path, const BlockSource &source)
 {
     QSaveFile file(path);
     // What is written in part only fails at its rest, which tells the cause.
@@ -58,17 +58,33 @@ QString writeChecked(const QString &path, const BlockSource &source)
         return path + QStringLiteral(": ") + file.errorString();
     if (!source(write) || !file.flush() || !file.commit()) // closing would forget the cause
         return path + QStringLiteral(": ") + file.errorString();
+    return {};
+}
+
+QString comparisonFault(const QString &path, const BlockSource &source)
+{
     return isSame(path, source) ? QString()
                                 : path + QStringLiteral(": it was written but reads differently");
+}
+
+QString writeChecked(const QString &path, const BlockSource &source)
+{
+    const QString fault = writeWhole(path, source);
+    return fault.isEmpty() ? comparisonFault(path, source) : fault;
+}
+
+BlockSource npyBytes(const QByteArray &descr, const std::vector<qint64> &shape,
+                     const BlockSource &values)
+{
+    return [header = npyHeader(descr, shape), values](const BlockSink &sink) {
+        return sink(header.constData(), header.size()) && values(sink);
+    };
 }
 
 QString writeNpy(const QString &path, const QByteArray &descr, const std::vector<qint64> &shape,
                  const BlockSource &values)
 {
-    const QByteArray header = npyHeader(descr, shape);
-    return writeChecked(path, [&](const BlockSink &sink) {
-        return sink(header.constData(), header.size()) && values(sink);
-    });
+    return writeChecked(path, npyBytes(descr, shape, values));
 }
 
 } // namespace seamrevise

@@ -8,7 +8,7 @@
 #include <functional>
 #include <vector>
 
-/// Files that are written in blocks and read back at once. NumPy's array files among them.
+/// Files that are written in blocks and read back. NumPy's array files among them.
 namespace seamrevise
 {
 
@@ -18,12 +18,18 @@ using BlockSink = std::function<bool(const char *bytes, qint64 count)>;
 /// returns whether the sink took all.
 using BlockSource = std::function<bool(const BlockSink &sink)>;
 
-/// Replaces a file as a whole, then compares it with the source again. Empty, or what went wrong
-/// with the file's name.
+/// Replaces a file as a whole. Empty, or what went wrong with the file's name.
+QString writeWhole(const QString &path, const BlockSource &source);
+/// Compares a file with what it was written from. Empty, or what is wrong with the file's name.
+QString comparisonFault(const QString &path, const BlockSource &source);
+/// Writes and compares.
 QString writeChecked(const QString &path, const BlockSource &source);
 
-/// The same for a NumPy file, format 1.0, of an array in C order of two dimensions or more; descr
-/// is "<u2" or the like, and values are the bytes after the header.
+/// A NumPy file, format 1.0, of an array in C order of two dimensions or more; descr is "<u2" or
+/// the like, and values are the bytes after the header.
+BlockSource npyBytes(const QByteArray &descr, const std::vector<qint64> &shape,
+                     const BlockSource &values);
+/// Writes and compares it.
 QString writeNpy(const QString &path, const QByteArray &descr, const std::vector<qint64> &shape,
                  const BlockSource &values);
 

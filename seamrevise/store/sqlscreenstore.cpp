@@ -1,6 +1,7 @@
 #include "store/sqlscreenstore.h"
 
 #include "store/dialect.h"
+#include "store/storedbytes.h"
 #include <seamrevision/coefszoneinfo.h>
 #include <seamrevision/multilayercoefzoneinfo.h>
 
@@ -99,14 +100,6 @@ QString newConnectionName()
 QVariantList rectValues(const NQRect &rect)
 {
     return {rect.left(), rect.top(), rect.right(), rect.bottom()};
-}
-
-template <typename Value>
-QByteArray littleEndian(const std::vector<Value> &values)
-{
-    QByteArray bytes(static_cast<int>(values.size() * sizeof(Value)), Qt::Uninitialized);
-    qToLittleEndian<Value>(values.data(), static_cast<qsizetype>(values.size()), bytes.data());
-    return bytes;
 }
 
 void placeZone(const StoredZone &stored, ZoneBaseInfo &zone)
@@ -322,7 +315,7 @@ bool SqlScreenStore::put(const StoredZone &zone, const std::vector<unsigned shor
     return checkSize(zone.number, zone.rect, storedPixelBytes(0),
                      static_cast<qint64>(values.size()) * qint64{sizeof(unsigned short)})
         && claim(zone.number, 0)
-        && putZone(QString::fromLatin1(putCoefficients), {zone.number}, zone, littleEndian(values));
+        && putZone(QString::fromLatin1(putCoefficients), {zone.number}, zone, storedBytes(values));
 }
 
 bool SqlScreenStore::putLayered(const StoredZone &zone, int layerCount,
@@ -332,7 +325,7 @@ bool SqlScreenStore::putLayered(const StoredZone &zone, int layerCount,
                      static_cast<qint64>(values.size()) * qint64{sizeof(qint32)})
         && claim(zone.number, layerCount)
         && putZone(QString::fromLatin1(putLayeredCoefficients), {zone.number, layerCount}, zone,
-                   littleEndian(values));
+                   storedBytes(values));
 }
 
 bool SqlScreenStore::putZone(const QString &sql, const QVariantList &key, const StoredZone &zone,
