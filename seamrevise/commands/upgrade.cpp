@@ -3,6 +3,7 @@
 #include "commands/exitcode.h"
 #include "commands/optiontable.h"
 #include "commands/outputfiles.h"
+#include "store/schema.h"
 #include "store/sqlscreenstore.h"
 
 namespace seamrevise
@@ -21,17 +22,17 @@ int upgrade(const UpgradeOptions &options, std::ostream &out, std::ostream &err)
         return Exit_Input;
     }
     const int before = store.schemaVersion();
-    const int now = SqlScreenStore::currentSchemaVersion();
     if (options.common.showsText())
-        out << options.database.toStdString() << ": schema version " << now
-            << (before == now ? ", as before" : ", was " + std::to_string(before)) << '\n';
+        out << options.database.toStdString() << ": schema version " << currentSchemaVersion
+            << (before == currentSchemaVersion ? ", as before" : ", was " + std::to_string(before))
+            << '\n';
 
     JsonWriter json;
     json.beginObject();
     json.member("schema", "seamrevise/1");
     json.member("database", options.database);
     json.member("version_before", before);
-    json.member("version", now);
+    json.member("version", currentSchemaVersion);
     json.endObject();
     const QString fault = writeDocument(options.common, json, out);
     if (fault.isEmpty())

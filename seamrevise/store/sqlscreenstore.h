@@ -94,7 +94,6 @@ public:
 
     const ScreenLayout &layout() const { return m_layout; }
     int schemaVersion() const { return m_schemaVersion; }
-    static int currentSchemaVersion();
 
     /// Lists what is stored, right or wrong; fails only where it cannot be read.
     bool readInventory(StoredInventory &inventory);
@@ -127,7 +126,6 @@ private:
     bool readPartitions(std::vector<StoredZone> &partitions);
     bool readCoefficientRows(const QString &layersAndTable, StoredInventory &inventory);
 
-    QStringList createTables(int sinceVersion) const;
     bool makeWall(const ScreenLayout &layout);
     bool writeScreen(const QString &sql, const ScreenLayout &layout);
     bool writePartitions(const ScreenLayout &layout);
