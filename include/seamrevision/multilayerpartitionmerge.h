@@ -61,38 +61,46 @@ protected:
     MultiLayerCoefZoneInfo *getScreenCoefEx(const AreaInfoBase &area, int exCols, int exRows);
 
     /// Fills a zone with a corrected partition's stored coefficients. Neither pointer may be null.
+    /// False if the database cannot read them.
     bool readCofficients(MultiLayerCoefZoneInfo *zone, AreaInfoBase *area);
 
     /// Copies the sub-area's pixels inside the area zone's rectangle, one after the other, into
-    /// the area zone's table.
+    /// the area zone's table. False for a null or empty zone, or one that lacks a pixel; what was
+    /// copied before it stays.
     bool subInfoCoefToAreaCoef(MultiLayerCoefZoneInfo *subInfoCoef,
                                MultiLayerCoefZoneInfo *areaCoef);
 
     /// Finds the two partitions of a seam and blends their zones; skips the seam, with success, if
-    /// one of them is not corrected.
+    /// one of them is not corrected. Both indices are numbers here, from 1, as the maps have them.
+    /// ErrCode_Failed if a record or a zone is missing.
     enum_ErrCodeType startRevise(enum_ReviseDirection direction, int currentIndex, int nextIndex,
                                  QMap<QString, AreaInfoBase *> areas,
-                                 QMap<int, MultiLayerCoefZoneInfo *> zones);
+                                 QMap<int, MultiLayerCoefZoneInfo *> coefs);
 
-    /// Blends the strip that two zones share, in place. What is blended before a failed index
-    /// check stays blended.
-    enum_ErrCodeType partitionCoefRevise(MultiLayerCoefZoneInfo *currentZone,
-                                         MultiLayerCoefZoneInfo *nextZone,
+    /// Blends the strip that two zones share, in place. ErrCode_Failed for a null zone or values
+    /// that are missing; what is blended before a failed check stays blended.
+    enum_ErrCodeType partitionCoefRevise(MultiLayerCoefZoneInfo *current,
+                                         MultiLayerCoefZoneInfo *next,
                                          enum_ReviseDirection direction, int edgeMargin);
 
     /// Cuts each corrected partition out of its revised zone into the result's table, which must
-    /// have its rows, and into its files; then packs the table.
-    enum_ErrCodeType saveRevisedCoef(const QMap<int, MultiLayerCoefZoneInfo *> &coefsZoneInfos,
+    /// have its rows, and into its files; then packs the table. Codes as in the single-layer
+    /// engine.
+    enum_ErrCodeType saveRevisedCoef(const QMap<int, MultiLayerCoefZoneInfo *> &coefs,
                                      QMap<QString, AreaInfoBase *> areas, QString dir,
                                      enum_ScreenType screenType, ST_ReviseResult &result);
 
-    /// Writes a zone's table and packed bytes to their two encrypted files.
+    /// Writes a zone's table and packed bytes to their two encrypted files; makes dir. These three
+    /// are false for a null zone, or if a file is not written whole.
     bool saveCombineAreaCoef(QString dir, MultiLayerCoefZoneInfo *zone);
     /// Writes dir + "/" + area id + "_m"; dir must exist.
     bool saveCombineAreaOrgCoef(QString dir, MultiLayerCoefZoneInfo *zone);
     /// Writes dir + "/" + area id + "_zip"; dir must exist.
     bool saveCombineAreaZipCoef(QString dir, MultiLayerCoefZoneInfo *zone);
 
+    /// The two halves of readCoef(): "_m", whose rows beyond the partition's are dropped and longer
+    /// ones keep their tails, and "_zip". False, and the argument as it was, if the file is
+    /// missing, does not decrypt or is too short.
     bool readOrgCoef(QString dir, QString areaId, std::vector<std::vector<int>> &coefTable);
     bool readZipCoef(QString dir, QString areaId, std::vector<unsigned char> &zipBytes);
 

@@ -111,21 +111,25 @@ public:
     virtual bool readCoef(QString dir, QString areaId, std::vector<unsigned short> &coefArray);
 
 protected:
-    /// Blends the strip that two zones share, in place. A failed index check changes neither.
+    /// Blends the strip that two zones share, in place. ErrCode_Failed for a null zone or values
+    /// that are missing; a failed check changes neither zone.
     virtual enum_ErrCodeType partitionCoefRevise(CoefsZoneInfo *current, CoefsZoneInfo *next,
                                                  enum_ReviseDirection direction, int edgeMargin);
 
     /// Cuts each corrected partition out of its revised zone into the result's table, which must
-    /// have its size, and into its file.
+    /// have its size, and into its file dir + "/" + area id. ErrCode_Failed without zones or for a
+    /// null one, ErrCode_IndexOutOfRange where table or zone lack a value,
+    /// ErrCode_SaveCombineCoefFailed for a file; what was saved before it stays.
     virtual enum_ErrCodeType saveRevisedCoef(const QMap<int, CoefsZoneInfo *> &coefs,
-                                             QMap<QString, AreaInfoBase *> areas, QString path,
+                                             QMap<QString, AreaInfoBase *> areas, QString dir,
                                              enum_ScreenType screenType, ST_ReviseResult &result);
 
     /// A new zone without coefficients: the partition grown by the band and clipped to the screen.
     /// The caller owns it; null if there is no memory.
     virtual CoefsZoneInfo *getScreenCoefEx(AreaInfoBase area, int exCols, int exRows);
 
-    /// Writes a zone's coefficients to the encrypted file dir + "/" + area id.
+    /// Writes a zone's coefficients to the encrypted file dir + "/" + area id; makes dir. False for
+    /// a null zone, or if the file is not written whole.
     virtual bool saveCombineAreaCoef(QString dir, CoefsZoneInfo *zone);
 
     /// Gives a zone a partition's own rectangle and id, and returns its size in pixels: last edge
@@ -134,13 +138,16 @@ protected:
                                         int &height);
 
     /// Fills a zone with a corrected partition's stored coefficients. Neither pointer may be null.
+    /// False if the database cannot read them.
     virtual bool readCofficients(CoefsZoneInfo *zone, AreaInfoBase *area);
 
-    /// Replaces the area zone's coefficients by the sub-area's pixels inside its rectangle.
+    /// Replaces the area zone's coefficients by the sub-area's pixels inside its rectangle. False
+    /// for a null or empty zone, or one that lacks a pixel; the area zone is as it was then.
     virtual bool subInfoCoefToAreaCoef(CoefsZoneInfo *subInfoCoef, CoefsZoneInfo *areaCoef);
 
     /// Finds the two partitions of a seam and blends their zones; skips the seam, with success, if
-    /// one of them is not corrected.
+    /// one of them is not corrected. Both indices are numbers here, from 1, as the maps have them.
+    /// ErrCode_Failed if a record or a zone is missing.
     virtual enum_ErrCodeType startRevise(enum_ReviseDirection direction, int currentIndex,
                                          int nextIndex, QMap<QString, AreaInfoBase *> areas,
                                          QMap<int, CoefsZoneInfo *> coefs);

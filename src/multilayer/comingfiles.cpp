@@ -3,6 +3,7 @@
 #include "coeffiles/container.h"
 #include "coeffiles/rowreader.h"
 #include "coeffiles/valuebytes.h"
+#include "multilayer/coefs.h"
 #include "multilayer/packing.h"
 #include "records/pixelmath.h"
 #include "revision/pixelwindow.h"

@@ -12,9 +12,6 @@
 namespace seamrevision
 {
 
-inline const QString tableSuffix = QStringLiteral("_m");    ///< part of the file format
-inline const QString packedSuffix = QStringLiteral("_zip"); ///< part of the file format
-
 /// The two files of a partition as saving will write them, read from its zone, which must outlive
 /// them: the own pixels, zeros where the zone does not reach. None where the zone lacks rows, or
 /// with another packed width or rows of another length than valuesPerPixel, which have their own

@@ -1,6 +1,7 @@
 #include "seamrevision/multilayerpartitionmerge.h"
 
 #include "coeffiles/textdump.h"
+#include "multilayer/coefs.h"
 #include "multilayer/packing.h"
 #include "records/pixelmath.h"
 #include "records/trace.h"
@@ -20,7 +21,6 @@ using namespace seamrevision;
 namespace
 {
 
-constexpr int neutralCoef = 4096;
 /// Bytes that one layer of a pixel takes in the packed form of an uncorrected partition.
 constexpr unsigned int neutralPackedWidth = 4;
 

@@ -2,10 +2,10 @@
 
 #include "coeffiles/container.h"
 #include "coeffiles/valuebytes.h"
-#include "multilayer/comingfiles.h"
+#include "multilayer/coefs.h"
 #include "records/pixelmath.h"
 #include "records/trace.h"
-#include "revision/files.h"
+#include "revision/withoutthrowing.h"
 
 #include <QFile>
 

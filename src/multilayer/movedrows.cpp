@@ -10,17 +10,9 @@ namespace seamrevision
 namespace
 {
 
-using CoefTable = std::vector<std::vector<int>>;
-
 CoefTable::iterator rowAt(CoefTable &table, quint64 pixel)
 {
     return table.begin() + static_cast<std::ptrdiff_t>(pixel);
-}
-
-void capRow(std::vector<int> &row)
-{
-    for (int &value : row)
-        value = std::min(value, coefficientCap);
 }
 
 } // namespace

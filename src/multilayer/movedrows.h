@@ -1,5 +1,6 @@
 #pragma once
 
+#include "multilayer/coefs.h"
 #include "revision/pixelwindow.h"
 #include "revision/screentable.h"
 #include "seamrevision/multilayercoefzoneinfo.h"
@@ -10,9 +11,6 @@
 namespace seamrevision
 {
 
-/// The largest value that the whole-screen table may hold after saving.
-constexpr int coefficientCap = 4096;
-
 /// The rows of zones, moved into a whole-screen table instead of copied: a row is a block of memory
 /// of its own, and what a copy costs is to ask for it and to give it back.
 ///
@@ -21,7 +19,7 @@ constexpr int coefficientCap = 4096;
 class MovedRows
 {
 public:
-    MovedRows(const NQRect &screen, std::vector<std::vector<int>> &table);
+    MovedRows(const NQRect &screen, CoefTable &table);
 
     /// Whether zone and table both have every pixel of a window of the zone.
     bool haveRoomFor(const MultiLayerCoefZoneInfo &zone, const PixelWindow &window) const;
@@ -37,7 +35,7 @@ private:
     qint64 firstPixel(const ZoneBaseInfo &zone, const PixelWindow &window, qint64 row) const;
 
     const ScreenTable m_screen;
-    std::vector<std::vector<int>> &m_table;
+    CoefTable &m_table;
     std::vector<bool> m_covered;
 };
 

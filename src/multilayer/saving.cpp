@@ -1,6 +1,7 @@
 #include "seamrevision/multilayerpartitionmerge.h"
 
 #include "coeffiles/textdump.h"
+#include "multilayer/coefs.h"
 #include "multilayer/comingfiles.h"
 #include "multilayer/movedrows.h"
 #include "multilayer/packing.h"
@@ -22,8 +23,6 @@ using namespace seamrevision;
 
 namespace
 {
-
-using CoefTable = std::vector<std::vector<int>>;
 
 /// Copies a partition's own pixels out of its zone into the whole-screen table and, row by row
 /// without gaps, into ownRows if there are any. False at the first pixel that either table lacks;
@@ -61,10 +60,7 @@ std::size_t tableRowBytes(std::size_t valuesPerPixel)
 
 void capCoefficients(CoefTable &table)
 {
-    for (std::vector<int> &row : table) {
-        for (int &value : row)
-            value = std::min(value, coefficientCap);
-    }
+    std::for_each(table.begin(), table.end(), capRow);
 }
 
 } // namespace
@@ -127,13 +123,13 @@ private:
 };
 
 enum_ErrCodeType MultiLayerPartitionMerge::saveRevisedCoef(
-    const QMap<int, MultiLayerCoefZoneInfo *> &coefsZoneInfos, QMap<QString, AreaInfoBase *> areas,
+    const QMap<int, MultiLayerCoefZoneInfo *> &coefs, QMap<QString, AreaInfoBase *> areas,
     QString dir, enum_ScreenType screenType, ST_ReviseResult &result)
 {
     const Trace trace(QStringLiteral("MultiLayerPartitionMerge::saveRevisedCoef"));
     Saving saving(*this, trace, dir, screenType, result);
-    saving.encryptAhead(coefsZoneInfos, areas);
-    const auto code = saveEachZone(trace, {283, 294, 306, 325}, coefsZoneInfos, areas, saving);
+    saving.encryptAhead(coefs, areas);
+    const auto code = saveEachZone(trace, {283, 294, 306, 325}, coefs, areas, saving);
     if (code == ErrCode_Success)
         saving.finish();
     return code;

@@ -100,20 +100,20 @@ enum_ErrCodeType MultiLayerPartitionMerge::startRevise(enum_ReviseDirection dire
     return partitionCoefRevise(seam.current(), seam.next(), seamDirection(direction), m_edgeMargin);
 }
 
-enum_ErrCodeType MultiLayerPartitionMerge::partitionCoefRevise(MultiLayerCoefZoneInfo *currentZone,
-                                                               MultiLayerCoefZoneInfo *nextZone,
+enum_ErrCodeType MultiLayerPartitionMerge::partitionCoefRevise(MultiLayerCoefZoneInfo *current,
+                                                               MultiLayerCoefZoneInfo *next,
                                                                enum_ReviseDirection direction,
                                                                int edgeMargin)
 {
     const Trace trace(QStringLiteral("MultiLayerPartitionMerge::partitionCoefRevise"));
     trace.debug(624, "start!");
-    if (!currentZone || !nextZone) {
+    if (!current || !next) {
         trace.critical(628, "The currentArea or nextArea is nullptr!");
         return ErrCode_Failed;
     }
 
-    const OverlapStrip strip = overlapStrip(*currentZone, *nextZone, direction, edgeMargin);
-    const MultiLayerStrip rows(strip, currentZone->m_multiLayerCoefs, nextZone->m_multiLayerCoefs);
+    const OverlapStrip strip = overlapStrip(*current, *next, direction, edgeMargin);
+    const MultiLayerStrip rows(strip, current->m_multiLayerCoefs, next->m_multiLayerCoefs);
     const bool horizontal = direction == ReviseDirection_Horizontal;
     const auto blend
         = [&] { return horizontal || !rows.fits() ? rows.blendLines() : rows.blendPositions(); };

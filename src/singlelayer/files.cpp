@@ -4,7 +4,7 @@
 #include "coeffiles/valuebytes.h"
 #include "records/pixelmath.h"
 #include "records/trace.h"
-#include "revision/files.h"
+#include "revision/withoutthrowing.h"
 #include "singlelayer/coefs.h"
 
 #include <QFile>

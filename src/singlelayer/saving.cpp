@@ -109,11 +109,11 @@ void capCoefficients(std::vector<unsigned short> &coefs)
 class PartitionMerge::Saving
 {
 public:
-    Saving(PartitionMerge &engine, const Trace &trace, const QString &path,
+    Saving(PartitionMerge &engine, const Trace &trace, const QString &dir,
            enum_ScreenType screenType, ST_ReviseResult &result)
         : m_engine(engine)
         , m_trace(trace)
-        , m_path(path)
+        , m_dir(dir)
         , m_toFile(screenType == ScreenType_PartitionFile)
         , m_capsEarly(isExactly(engine))
         , m_result(result)
@@ -138,7 +138,7 @@ public:
 private:
     PartitionMerge &m_engine;
     const Trace &m_trace;
-    const QString &m_path;
+    const QString &m_dir;
     const bool m_toFile;
     /// Nobody sees the table before it is finished: its values are capped where they are placed.
     const bool m_capsEarly;
@@ -147,12 +147,12 @@ private:
 };
 
 enum_ErrCodeType PartitionMerge::saveRevisedCoef(const QMap<int, CoefsZoneInfo *> &coefs,
-                                                 QMap<QString, AreaInfoBase *> areas, QString path,
+                                                 QMap<QString, AreaInfoBase *> areas, QString dir,
                                                  enum_ScreenType screenType,
                                                  ST_ReviseResult &result)
 {
     const Trace trace(QStringLiteral("PartitionMerge::saveRevisedCoef"));
-    Saving saving(*this, trace, path, screenType, result);
+    Saving saving(*this, trace, dir, screenType, result);
     saving.encryptAhead(coefs, areas);
     const auto code = saveEachZone(trace, {624, 634, 646, 668}, coefs, areas, saving);
     if (code == ErrCode_Success)
@@ -169,7 +169,7 @@ void PartitionMerge::Saving::encryptAhead(const QMap<int, CoefsZoneInfo *> &zone
     const std::size_t tableBytes = m_result.coefData.size() * sizeof(unsigned short);
     m_filesAhead.emplace(zones, areas, tableBytes / 10 * 7, valuesPerPixel * sizeof(unsigned short),
                          [this](const CoefsZoneInfo &zone, const AreaInfoBase &area) {
-                             return comingFile(filePath(m_path, area.getAreaNum()), zone, area);
+                             return comingFile(filePath(m_dir, area.getAreaNum()), zone, area);
                          });
 }
 
@@ -192,7 +192,7 @@ enum_ErrCodeType PartitionMerge::Saving::save(int number, const CoefsZoneInfo &z
                 QStringLiteral("normal_areaEx_") + zone.getAreaID() + QStringLiteral("_after.txt"),
                 QStringLiteral(","), valuesPerPixel, QString());
     });
-    if (m_toFile && !m_engine.saveCombineAreaCoef(m_path, &areaZone)) {
+    if (m_toFile && !m_engine.saveCombineAreaCoef(m_dir, &areaZone)) {
         logPlain("Save combine area cofficient failed!");
         return ErrCode_SaveCombineCoefFailed;
     }
