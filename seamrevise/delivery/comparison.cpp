@@ -73,9 +73,7 @@ QString comparePartition(const DeliveredSet &first, const DeliveredSet &second,
 
 bool hasSamePlace(const ManifestPartition &one, const ManifestPartition *other)
 {
-    return other != nullptr && one.rect.left() == other->rect.left()
-        && one.rect.top() == other->rect.top() && one.rect.right() == other->rect.right()
-        && one.rect.bottom() == other->rect.bottom();
+    return other != nullptr && isSameRect(one.rect, other->rect);
 }
 
 Difference lacking(const ManifestPartition &partition, const DeliveredSet &set)

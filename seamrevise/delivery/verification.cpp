@@ -2,6 +2,7 @@
 
 #include "delivery/deliveredset.h"
 #include "delivery/filesystem.h"
+#include "exchange/npyheader.h"
 #include "process/parallel.h"
 #include "store/inventory.h"
 #include "store/sqlscreenstore.h"
@@ -14,7 +15,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QtEndian>
 
 #include <algorithm>
 #include <cmath>
@@ -62,12 +62,11 @@ std::optional<qint64> headerBytes(const QString &path)
 {
     if (!path.endsWith(QLatin1String(".npy")))
         return 0;
-    constexpr int fixedBytes = 10; // magic, version, length of the text
     QFile file(path);
-    const QByteArray start = file.open(QIODevice::ReadOnly) ? file.read(fixedBytes) : QByteArray();
-    if (start.size() != fixedBytes || !start.startsWith("\x93NUMPY"))
+    NpyHeader header;
+    if (!file.open(QIODevice::ReadOnly) || !readNpyHeader(file, header).isEmpty())
         return {};
-    return fixedBytes + qFromLittleEndian<quint16>(start.constData() + fixedBytes - 2);
+    return file.pos();
 }
 
 /// Whether a file that is as it was delivered holds what its rectangle needs.

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "engines/enginerun.h"
+#include "exchange/blockfile.h"
 #include "exchange/dumpcheck.h"
-#include "exchange/npywriter.h"
 
 #include <seamrevision/areainfobase.h>
 #include <seamrevision/reviseresult.h>

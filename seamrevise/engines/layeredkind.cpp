@@ -1,5 +1,6 @@
 #include "engines/coefkind.h"
 #include "engines/kindrun.h"
+#include "exchange/npywriter.h"
 
 #include <algorithm>
 

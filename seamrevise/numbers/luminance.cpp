@@ -12,12 +12,6 @@ constexpr double layerUnit = 4096.0;
 
 } // namespace
 
-LuminanceWeights scaledToOne(const LuminanceWeights &weights)
-{
-    const double sum = weights[0] + weights[1] + weights[2];
-    return {weights[0] / sum, weights[1] / sum, weights[2] / sum};
-}
-
 double layeredLuminance(const int *values, std::size_t valueCount, const LuminanceWeights &weights,
                         int cap)
 {

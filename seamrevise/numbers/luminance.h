@@ -14,9 +14,6 @@ using LuminanceWeights = std::array<double, 3>;
 
 constexpr LuminanceWeights usualWeights{0.2126, 0.7152, 0.0722};
 
-/// Any positive numbers, scaled so that they sum to 1.
-LuminanceWeights scaledToOne(const LuminanceWeights &weights);
-
 /// Larger values count as the cap.
 constexpr int noCap = std::numeric_limits<int>::max();
 

@@ -217,14 +217,6 @@ bool SqlScreenStore::readZoneList(const QString &sql, const QVariantList &values
     return !query.lastError().isValid() || fail(0, query.lastError());
 }
 
-bool SqlScreenStore::listLayerCounts(std::vector<int> &layerCounts)
-{
-    layerCounts.clear();
-    return readNumbers(
-        QStringLiteral("SELECT DISTINCT layers FROM layered_coefficients ORDER BY layers"),
-        layerCounts);
-}
-
 bool SqlScreenStore::listRevisions(std::vector<PartitionRevision> &revisions)
 {
     revisions.clear();

@@ -103,8 +103,6 @@ public:
     /// The same for layered zones of one layer count; a partition that is stored with other layer
     /// counts only is an error.
     bool listLayeredZones(int layerCount, std::vector<StoredZone> &zones);
-    /// Lists the layer counts with which any partition is stored, in ascending order.
-    bool listLayerCounts(std::vector<int> &layerCounts);
     /// Lists what is known of who wrote what, by number and layer count; nothing in version 1.
     bool listRevisions(std::vector<PartitionRevision> &revisions);
 
