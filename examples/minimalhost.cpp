@@ -1,7 +1,7 @@
 // The smallest host: a screen of 8 x 2 pixels, two partitions side by side, corrected with
 // different gains. Revises their seam and prints the gain of every pixel of the upper row.
 
-#include <seamrevision/multilayerpartitionmerge.h>
+#include <seamrevision/multilayercoefzoneinfo.h>
 #include <seamrevision/partitionmerge.h>
 #include <seamrevision/screendatabasemanager.h>
 

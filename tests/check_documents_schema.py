@@ -2,6 +2,8 @@
 """Holds the JSON documents of the program against docs/seamrevise.schema.json.
 
 check_documents_schema.py PROGRAM SCHEMA DIRECTORY
+
+Exits with 77, and says so, where jsonschema is not installed.
 """
 import json
 import os
@@ -11,7 +13,8 @@ import sys
 try:
     import jsonschema
 except ImportError:
-    sys.exit("cannot run: Debian's python3-jsonschema is missing; scripts/setup.sh installs it")
+    print(f"not run: {sys.executable} has no jsonschema; install python3-jsonschema")
+    sys.exit(77)
 
 program, schema_path, directory = sys.argv[1:]
 os.makedirs(directory, exist_ok=True)
