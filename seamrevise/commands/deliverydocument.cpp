@@ -2,35 +2,12 @@
 
 #include "commands/outputfiles.h"
 #include "delivery/filesystem.h"
-#include "store/screenlayout.h"
+#include "exchange/walldocument.h"
 
 #include <QFileInfo>
 
 namespace seamrevise
 {
-
-namespace
-{
-
-void writeNumbers(JsonWriter &json, const char *key, const Manifest &manifest, bool isCorrected)
-{
-    json.beginArray(key, JsonWriter::Inline);
-    for (const ManifestPartition &partition : manifest.partitions) {
-        if (partition.isCorrected == isCorrected)
-            json.value(partition.number);
-    }
-    json.endArray();
-}
-
-void writePair(JsonWriter &json, const char *key, const baseCommon::NQSize &size)
-{
-    json.beginArray(key, JsonWriter::Inline);
-    json.value(size.width());
-    json.value(size.height());
-    json.endArray();
-}
-
-} // namespace
 
 QString writeDocument(const CommonOptions &options, const DocumentSurroundings &around,
                       const JsonWriter &json, std::ostream &out)
@@ -48,20 +25,17 @@ QString writeDocument(const CommonOptions &options, const DocumentSurroundings &
 void writeWall(JsonWriter &json, const Manifest &manifest)
 {
     json.beginObject("wall");
-    json.member("width", columnsOf(manifest.screen));
-    json.member("height", rowsOf(manifest.screen));
-    writePair(json, "grid", manifest.grid);
-    writePair(json, "band", manifest.band);
+    addScreenSize(json, manifest.screen);
+    addGridAndBand(json, manifest.grid, manifest.band);
     json.member("margin", manifest.margin);
-    if (manifest.layerCount > 0)
-        json.member("layers", manifest.layerCount);
-    else
-        json.member("layers", std::optional<int>());
+    addLayers(json, manifest.layerCount);
     json.endObject();
-    json.beginObject("partitions");
-    writeNumbers(json, "corrected", manifest, true);
-    writeNumbers(json, "uncorrected", manifest, false);
-    json.endObject();
+
+    std::vector<int> corrected;
+    std::vector<int> uncorrected;
+    for (const ManifestPartition &partition : manifest.partitions)
+        (partition.isCorrected ? corrected : uncorrected).push_back(partition.number);
+    addPartitions(json, corrected, uncorrected);
 }
 
 void writeFindings(JsonWriter &json, const std::vector<Difference> &differences)

@@ -6,6 +6,7 @@
 #include "commands/outputfiles.h"
 #include "commands/progress.h"
 #include "commands/storedcoefficients.h"
+#include "exchange/walldocument.h"
 #include "numbers/primarygains.h"
 #include "store/sqlscreenstore.h"
 
@@ -47,18 +48,12 @@ std::string gainText(const PrimaryGain &gain)
         .toStdString();
 }
 
-/// null for a single layer, as in every document.
-std::optional<int> layersValue(int layerCount)
-{
-    return layerCount == 0 ? std::optional<int>() : layerCount;
-}
-
 void addKind(const KindInfo &info, JsonWriter &json)
 {
     json.beginObject();
     json.member("partition", info.kind.zone.number);
-    json.member("layers", layersValue(info.kind.layerCount));
-    addRect("zone", info.kind.zone.rect, json);
+    addLayers(json, info.kind.layerCount);
+    addRect(json, "zone", info.kind.zone.rect);
     for (std::size_t i = 0; i < std::size(primaryNames); ++i) {
         json.beginObject(primaryNames[i], JsonWriter::Inline);
         json.member("mean", info.gains[i].mean);
@@ -73,7 +68,7 @@ void addRevision(const PartitionRevision &revision, JsonWriter &json)
 {
     json.beginObject(nullptr, JsonWriter::Inline);
     json.member("partition", revision.number);
-    json.member("layers", layersValue(revision.layerCount));
+    addLayers(json, revision.layerCount);
     json.member("revision", revision.revision);
     json.member("written", revision.written);
     json.member("station", revision.station);

@@ -2,33 +2,19 @@
 
 #include "commands/optiontable.h"
 #include "commands/outputfiles.h"
+#include "exchange/walldocument.h"
 
 namespace seamrevise
 {
-
-namespace
-{
-
-void addNumbers(const char *key, const std::vector<int> &numbers, JsonWriter &json)
-{
-    json.beginArray(key, JsonWriter::Inline);
-    for (const int number : numbers)
-        json.value(number);
-    json.endArray();
-}
-
-} // namespace
 
 void beginDocument(const ScreenLayout &layout, const std::set<int> &corrected, JsonWriter &json)
 {
     json.beginObject();
     json.member("schema", "seamrevise/1");
     json.beginObject("wall");
-    json.member("width", columnsOf(layout.screen));
-    json.member("height", rowsOf(layout.screen));
-    addRect("screen", layout.screen, json);
-    addNumbers("grid", {layout.grid.width(), layout.grid.height()}, json);
-    addNumbers("band", {layout.band.width(), layout.band.height()}, json);
+    addScreenSize(json, layout.screen);
+    addRect(json, "screen", layout.screen);
+    addGridAndBand(json, layout.grid, layout.band);
     json.endObject();
 
     std::vector<int> uncorrected;
@@ -36,15 +22,7 @@ void beginDocument(const ScreenLayout &layout, const std::set<int> &corrected, J
         if (corrected.count(entry.first) == 0)
             uncorrected.push_back(entry.first);
     }
-    json.beginObject("partitions");
-    addNumbers("corrected", {corrected.begin(), corrected.end()}, json);
-    addNumbers("uncorrected", uncorrected, json);
-    json.endObject();
-}
-
-void addRect(const char *key, const NQRect &rect, JsonWriter &json)
-{
-    addNumbers(key, {rect.left(), rect.top(), rect.right(), rect.bottom()}, json);
+    addPartitions(json, {corrected.begin(), corrected.end()}, uncorrected);
 }
 
 void refuseInputs(const CommonOptions &common, const QStringList &inputs)

@@ -15,8 +15,6 @@ namespace seamrevise
 /// Begins a document: its schema, the wall, and which partitions are corrected.
 void beginDocument(const ScreenLayout &layout, const std::set<int> &corrected, JsonWriter &json);
 
-void addRect(const char *key, const NQRect &rect, JsonWriter &json);
-
 /// Refuses a command line whose document would replace one of the command's inputs.
 void refuseInputs(const CommonOptions &common, const QStringList &inputs);
 

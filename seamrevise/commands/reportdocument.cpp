@@ -1,38 +1,21 @@
 #include "commands/runreport.h"
 
+#include "exchange/walldocument.h"
+
 namespace seamrevise
 {
 
 namespace
 {
 
-void addPair(JsonWriter &json, const char *key, const baseCommon::NQSize &size)
-{
-    json.beginArray(key, JsonWriter::Inline);
-    json.value(size.width());
-    json.value(size.height());
-    json.endArray();
-}
-
-void addNumbers(JsonWriter &json, const char *key, const std::vector<int> &numbers)
-{
-    json.beginArray(key, JsonWriter::Inline);
-    for (const int number : numbers)
-        json.value(number);
-    json.endArray();
-}
-
 void addWall(JsonWriter &json, const RunReport &report)
 {
     json.beginObject("wall");
-    json.member("width", columnsOf(report.screen));
-    json.member("height", rowsOf(report.screen));
-    addPair(json, "grid", report.grid);
-    addPair(json, "band", report.band);
+    addScreenSize(json, report.screen);
+    addGridAndBand(json, report.grid, report.band);
     json.member("margin", report.margin);
-    json.member("layers",
-                report.layerCount > 0 ? std::optional<int>(report.layerCount) : std::nullopt);
-    addNumbers(json, "stored_layers", report.storedLayerCounts);
+    addLayers(json, report.layerCount);
+    addInts(json, "stored_layers", report.storedLayerCounts);
     json.endObject();
 }
 
@@ -105,18 +88,9 @@ void addFinding(JsonWriter &json, const Finding &finding)
     if (finding.partition)
         json.member("partition", *finding.partition);
     if (finding.seam)
-        addPair(json, "seam", {finding.seam->current, finding.seam->next});
+        addInts(json, "seam", {finding.seam->current, finding.seam->next});
     json.member("value", finding.value);
     json.member("message", finding.message);
-    json.endObject();
-}
-
-void addFile(JsonWriter &json, const ManifestFile &file)
-{
-    json.beginObject(nullptr, JsonWriter::Inline);
-    json.member("name", file.name);
-    json.member("bytes", file.bytes);
-    json.member("sha256", QString::fromLatin1(file.sha256));
     json.endObject();
 }
 
@@ -132,10 +106,7 @@ void addTimes(JsonWriter &json, const RunReport &report)
 void addWallNumbers(JsonWriter &json, const RunReport &report)
 {
     addWall(json, report);
-    json.beginObject("partitions");
-    addNumbers(json, "corrected", report.corrected);
-    addNumbers(json, "uncorrected", report.uncorrected);
-    json.endObject();
+    addPartitions(json, report.corrected, report.uncorrected);
     json.beginArray("seams");
     if (report.numbers) {
         for (const SeamReport &seam : report.numbers->seams)
@@ -176,10 +147,7 @@ JsonWriter reportDocument(const RunReport &report)
     for (const Finding &finding : report.findings)
         addFinding(json, finding);
     json.endArray();
-    json.beginArray("files");
-    for (const ManifestFile &file : report.files)
-        addFile(json, file);
-    json.endArray();
+    writeFiles(json, report.files);
     addDelivery(json, report);
     addTimes(json, report);
     json.endObject();

@@ -5,6 +5,7 @@
 #include "commands/progress.h"
 #include "delivery/stagedfiles.h"
 #include "exchange/npywriter.h"
+#include "exchange/walldocument.h"
 #include "process/interruption.h"
 #include "store/databaseaddress.h"
 #include "store/sqlscreenstore.h"
@@ -204,26 +205,15 @@ void SimulateRun::printSummary() const
         m_out << "light        " << m_options.lightFile.toStdString() << '\n';
 }
 
-void addPair(JsonWriter &json, const char *key, const baseCommon::NQSize &size)
-{
-    json.beginArray(key, JsonWriter::Inline);
-    json.value(size.width());
-    json.value(size.height());
-    json.endArray();
-}
-
 JsonWriter SimulateRun::document() const
 {
     JsonWriter json;
     json.beginObject();
     json.member("schema", "seamrevise/1");
     json.beginObject("wall");
-    json.member("width", m_options.size.width());
-    json.member("height", m_options.size.height());
-    addPair(json, "grid", m_options.grid);
-    addPair(json, "band", m_options.band);
-    json.member("layers",
-                m_options.layerCount > 0 ? std::optional<int>(m_options.layerCount) : std::nullopt);
+    addScreenSize(json, m_layout.screen);
+    addGridAndBand(json, m_layout.grid, m_layout.band);
+    addLayers(json, m_options.layerCount);
     json.endObject();
     addPartitionLists(json);
     addTraits(json);
@@ -237,16 +227,12 @@ JsonWriter SimulateRun::document() const
 
 void SimulateRun::addPartitionLists(JsonWriter &json) const
 {
-    json.beginObject("partitions");
-    for (const bool uncorrected : {false, true}) {
-        json.beginArray(uncorrected ? "uncorrected" : "corrected", JsonWriter::Inline);
-        for (const auto &entry : m_layout.partitions) {
-            if ((m_uncorrected.count(entry.first) != 0) == uncorrected)
-                json.value(entry.first);
-        }
-        json.endArray();
+    std::vector<int> corrected;
+    for (const auto &entry : m_layout.partitions) {
+        if (m_uncorrected.count(entry.first) == 0)
+            corrected.push_back(entry.first);
     }
-    json.endObject();
+    addPartitions(json, corrected, {m_uncorrected.begin(), m_uncorrected.end()});
 }
 
 void SimulateRun::addTraits(JsonWriter &json) const
@@ -254,17 +240,17 @@ void SimulateRun::addTraits(JsonWriter &json) const
     const WallTraits &traits = m_options.traits;
     json.beginObject("simulation");
     json.member("seed", static_cast<qint64>(traits.seed));
-    addPair(json, "cabinet", traits.cabinet);
+    addSize(json, "cabinet", traits.cabinet);
     json.member("batch", traits.batchRange);
     json.member("dead", traits.deadPart);
     json.member("outlying", traits.outlyingPart);
-    addPair(json, "layer_gains", {traits.lowestLayer, traits.highestLayer});
+    addInts(json, "layer_gains", {traits.lowestLayer, traits.highestLayer});
     json.member("one_shot", traits.oneShot);
     json.beginArray("shifts");
     for (const auto &[number, shift] : traits.shifts) {
         json.beginObject(nullptr, JsonWriter::Inline);
         json.member("partition", number);
-        addPair(json, "by", {shift.columns, shift.rows});
+        addInts(json, "by", {shift.columns, shift.rows});
         json.endObject();
     }
     json.endArray();

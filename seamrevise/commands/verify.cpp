@@ -229,15 +229,7 @@ JsonWriter VerifyRun::document() const
     json.member("same", isAsAgreed());
     if (m_hasManifest) {
         writeWall(json, manifest);
-        json.beginArray("files");
-        for (const ManifestFile &file : manifest.files) {
-            json.beginObject(nullptr, JsonWriter::Inline);
-            json.member("name", file.name);
-            json.member("bytes", file.bytes);
-            json.member("sha256", QString::fromLatin1(file.sha256));
-            json.endObject();
-        }
-        json.endArray();
+        writeFiles(json, manifest.files);
     }
     writeFindings(json, m_differences);
     json.beginArray("limits");

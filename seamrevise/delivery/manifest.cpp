@@ -1,7 +1,7 @@
 #include "delivery/manifest.h"
 
 #include "delivery/filesystem.h"
-#include "exchange/jsonwriter.h"
+#include "exchange/walldocument.h"
 
 #include <QCryptographicHash>
 #include <QFile>
@@ -26,33 +26,15 @@ QByteArray sha256(const QByteArray &bytes)
     return QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex();
 }
 
-void writeInts(JsonWriter &json, const char *key, std::initializer_list<int> values)
-{
-    json.beginArray(key, JsonWriter::Inline);
-    for (const int value : values)
-        json.value(value);
-    json.endArray();
-}
-
-void writeRect(JsonWriter &json, const char *key, const NQRect &rect)
-{
-    writeInts(json, key, {rect.left(), rect.top(), rect.right(), rect.bottom()});
-}
-
 void writeWall(JsonWriter &json, const Manifest &manifest)
 {
-    const NQRect &screen = manifest.screen;
     json.beginObject("wall");
     json.member("database", manifest.database);
-    writeRect(json, "screen", screen);
-    json.member("width", screen.width());
-    json.member("height", qint64{screen.bottom()} - screen.top() + 1);
-    writeInts(json, "grid", {manifest.grid.width(), manifest.grid.height()});
-    writeInts(json, "band", {manifest.band.width(), manifest.band.height()});
+    addRect(json, "screen", manifest.screen);
+    addScreenSize(json, manifest.screen);
+    addGridAndBand(json, manifest.grid, manifest.band);
     json.member("margin", manifest.margin);
-    json.member("layers",
-                manifest.layerCount > 0 ? std::optional<int>(manifest.layerCount)
-                                        : std::optional<int>());
+    addLayers(json, manifest.layerCount);
     json.endObject();
 }
 
@@ -60,10 +42,10 @@ void writePartition(JsonWriter &json, const ManifestPartition &partition)
 {
     json.beginObject(nullptr, JsonWriter::Inline);
     json.member("number", partition.number);
-    writeRect(json, "rect", partition.rect);
+    addRect(json, "rect", partition.rect);
     json.member("state", partition.isCorrected ? "corrected" : "uncorrected");
     if (partition.isCorrected) {
-        writeRect(json, "zone", partition.zone);
+        addRect(json, "zone", partition.zone);
         json.member("stored_sha256", QString::fromLatin1(partition.storedSha256));
     }
     if (partition.revision) {
@@ -237,6 +219,14 @@ QString manifestPath(const QString &directory)
     return directory + QStringLiteral("/manifest.json");
 }
 
+void writeFiles(JsonWriter &json, const std::vector<ManifestFile> &files)
+{
+    json.beginArray("files");
+    for (const ManifestFile &file : files)
+        writeFile(json, file);
+    json.endArray();
+}
+
 QByteArray manifestText(const Manifest &manifest)
 {
     JsonWriter json;
@@ -255,10 +245,7 @@ QByteArray manifestText(const Manifest &manifest)
     for (const ManifestPartition &partition : manifest.partitions)
         writePartition(json, partition);
     json.endArray();
-    json.beginArray("files");
-    for (const ManifestFile &file : manifest.files)
-        writeFile(json, file);
-    json.endArray();
+    writeFiles(json, manifest.files);
     const QByteArray before = json.text();
     json.member("sha256", QString::fromLatin1(sha256(before)));
     json.endObject();

@@ -13,6 +13,8 @@
 namespace seamrevise
 {
 
+class JsonWriter;
+
 struct ManifestPartition
 {
     int number = 0;
@@ -60,6 +62,9 @@ struct Manifest
 };
 
 QString manifestPath(const QString &directory);
+
+/// The member `files` of a document.
+void writeFiles(JsonWriter &json, const std::vector<ManifestFile> &files);
 
 QByteArray manifestText(const Manifest &manifest);
 

@@ -1,7 +1,7 @@
 #include "exchange/layoutfile.h"
 
 #include "exchange/coefficients.h"
-#include "exchange/jsonwriter.h"
+#include "exchange/walldocument.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -336,29 +336,13 @@ void LayoutReader::fault(const QString &path, const QString &text)
     m_faults += path + QStringLiteral(": ") + text;
 }
 
-void addRect(const char *name, const NQRect &rect, JsonWriter &json)
-{
-    json.beginArray(name, JsonWriter::Inline);
-    for (const int edge : {rect.left(), rect.top(), rect.right(), rect.bottom()})
-        json.value(edge);
-    json.endArray();
-}
-
-void addSize(const char *name, const baseCommon::NQSize &size, JsonWriter &json)
-{
-    json.beginArray(name, JsonWriter::Inline);
-    json.value(size.width());
-    json.value(size.height());
-    json.endArray();
-}
-
 void addSources(const std::vector<LayoutSource> &sources, JsonWriter &json)
 {
     json.beginArray("source");
     for (const LayoutSource &source : sources) {
         json.beginObject();
         json.member("file", source.file);
-        addRect("zone", source.zone, json);
+        addRect(json, "zone", source.zone);
         if (source.layerCount)
             json.member("layers", *source.layerCount);
         json.endObject();
@@ -393,14 +377,13 @@ QByteArray layoutText(const ImportLayout &layout)
     JsonWriter json;
     json.beginObject();
     json.member("schema", schemaName);
-    addRect("screen", layout.layout.screen, json);
-    addSize("grid", layout.layout.grid, json);
-    addSize("band", layout.layout.band, json);
+    addRect(json, "screen", layout.layout.screen);
+    addGridAndBand(json, layout.layout.grid, layout.layout.band);
     json.beginArray("partitions");
     for (const auto &[number, rect] : layout.layout.partitions) {
         json.beginObject(nullptr, JsonWriter::Inline);
         json.member("number", number);
-        addRect("rect", rect, json);
+        addRect(json, "rect", rect);
         const auto sources = layout.sources.find(number);
         if (sources != layout.sources.end())
             addSources(sources->second, json);
