@@ -270,13 +270,69 @@ TEST_F(Check, AnyNumberOfJobsFindsTheSame)
     expect(2, "check %d/w.db --jobs 0", "--jobs takes a number from 1");
 }
 
-TEST_F(Check, DocumentsReplaceNeitherInputNorOutput)
+TEST_F(Check, DocumentsReplaceNothingThatIsReadOrWritten)
 {
     makeWall();
-    expect(4, "check %d/w.db --json %d/w.db", "is the database");
-    expect(4, "revise %d/w.db -o %d/o --json %d/./w.db", "is the database");
-    expect(4, "revise %d/w.db -o %d/o --json %d/o/a.json", "in the output directory");
-    EXPECT_FALSE(QDir(in("%d/o")).exists());
+    expect(0, "revise %d/w.db -o %d/set -q");
+    expect(0, "revise %d/w.db -o %d/set -q --force --margin 1");
+    expect(0, "export %d/w.db -o %d/files -q");
+    writeFile(in("%d/limits"), "{}");
+    const QString kept = "%d/" + QDir(in("%d")).entryList({"set.*"}).value(0);
+    const auto nameOf = [this](const char *path) { return QFile::encodeName(in(path)); };
+    EXPECT_EQ(link(nameOf("%d/w.db"), nameOf("%d/hard.db")), 0);
+    EXPECT_EQ(link(nameOf("%d/set/1"), nameOf("%d/hard1")), 0);
+    EXPECT_EQ(symlink("w.db", nameOf("%d/soft.db")), 0);
+    EXPECT_EQ(symlink("set", nameOf("%d/softset")), 0);
+    EXPECT_EQ(symlink("out/1", nameOf("%d/nowhere")), 0);
+    EXPECT_EQ(symlink("../limits", nameOf("%d/files/away")), 0);
+    const QString wall = "import %d/files/layout.json %d/v.db --json ";
+    const QString part = "import --partition 1 --from %d/files/1.npy %d/w.db --json ";
+    const QString revise = "revise %d/w.db -o %d/out --dumps %d/dumps --json ";
+    const QString simulate = "simulate %d/v.db --light %d/l.npy --size 9x9 --grid 1x1 --json ";
+    const QString verify = "verify %d/set %d/w.db --limits %d/limits --json ";
+    const std::pair<QString, const char *> rows[] = {
+        {"check %d/w.db --json %d/w.db", "is the database"},
+        {"info %d/w.db --json %d/hard.db", "is the database"},
+        {"upgrade %d/soft.db --json %d/w.db", "is the database"},
+        {"import --remove 1 %d/w.db --json %d/soft.db", "is the database"},
+        {"export %d/w.db -o %d/out --json %d/hard.db", "is the database"},
+        {"export %d/w.db -o %d/out --json %d/out/below/a", "lies in the output directory"},
+        {"export %d/w.db --force -o %d/files --json %d/files/away", "lies in the output directory"},
+        {wall + "%d/./v.db", "is the database"},
+        {wall + "%d/files/layout.json", "is the layout"},
+        {wall + "%d/files/6.npy", "is a file that is imported"},
+        {part + "%d/w.db", "is the database"},
+        {part + "%d/files/1.npy", "is a file that is imported"},
+        {revise + "%d/hard.db", "is the database"},
+        {revise + "%d/out", "is the output directory"},
+        {revise + "%d/out/a", "lies in the output directory"},
+        {revise + "%d/nowhere", "is a link to nothing"},
+        {revise + "%d/dumps/a", "lies in the directory of the dumps"},
+        {simulate + "%d/v.db", "is the database"},
+        {simulate + "%d/./l.npy", "is the light"},
+        {verify + "%d/w.db", "is the database"},
+        {verify + "%d/limits", "is the file of the limits"},
+        {verify + "%d/softset/a", "lies in the set of files"},
+        {verify + "%d/hard1", "lies in the set of files"},
+        {"compare %d/set " + kept + " --json " + kept + "/a", "lies in a set that is compared"},
+        {"compare %d/set " + kept + " --json %d/set/1", "lies in a set that is compared"},
+        {"restore %d/set --json %d/set/a", "lies in the set of files"},
+        {"restore %d/set --json " + kept + "/a", "lies in a kept set"},
+        {"show %d/set 1 --json %d/softset/manifest.json", "lies in the set of files"},
+        {"show %d/set 1 --npy %d/a --json %d/a", "is the array"},
+    };
+    const auto state = [this] {
+        return shell("cd %d && find . -type f -exec sha256sum {} + -o -ls | sort").printed;
+    };
+    const std::string before = state();
+    for (const auto &[words, says] : rows)
+        expect(4, words, (std::string(says) + "; use another --json\n").c_str());
+    EXPECT_EQ(state(), before);
+}
+
+TEST_F(Check, DocumentsReplaceAFileOrAreThePrintedText)
+{
+    makeWall();
     writeFile(in("%d/a.json"), "old");
     expect(0, "revise %d/w.db -o %d/o --json %d/a.json");
     EXPECT_TRUE(contents("%d/a.json").startsWith("{\n  \"schema\": \"seamrevise/1\","));

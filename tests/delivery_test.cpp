@@ -790,7 +790,6 @@ TEST_F(DeliveryTest, ShowPrintsAndExportsOnePartition)
     expect(2, "show %d/out 3", "has no partition 3");
     expect(2, "show %d/out 1 --text --npy x", "exclude");
     expect(4, "show %d/out 1 --npy %d/out/x.npy", "lies inside");
-    expect(4, "show %d/out 1 --json %d/out/x.json", "lies inside");
     expect(3, "show %d/none 1", "none");
     EXPECT_EQ(entries("%d/out").size(), 4);
 }

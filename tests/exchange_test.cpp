@@ -430,7 +430,6 @@ TEST_F(Seamrevise, AnExportComesBackAsAnEqualDatabase)
     expect(0, "export %d/w.db -o %d/npy --force --format text -q");
     expect(4, "export %d/w.db -o %d/w.db", "w.db");
     expect(2, "export %d/w.db -o %d/x --format csv", "takes npy or text");
-    expect(2, "export %d/w.db -o %d/x --json %d/w.db", "which is read");
 
     // A whole import leaves nothing of what was there, in whatever layout.
     makeWall("%d/v.db");
@@ -517,7 +516,6 @@ TEST_F(Seamrevise, OnePartitionIsReplacedOrRemoved)
         {2, "--rect 0,0,1,1 %d/l.json %d/w.db", "--rect needs --partition"},
         {2, "--layers 2 %d/l.json %d/w.db", "--layers needs"},
         {2, "%d/l.json", "name a database"},
-        {2, "--partition 1 --from %d/out/1.npy %d/w.db --json %d/out/1.npy", "which is read"},
     };
     for (const auto &row : cases)
         expect(row.code, QStringLiteral("import ") + row.words, row.says);

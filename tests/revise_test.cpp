@@ -105,7 +105,6 @@ TEST_F(Revise, TheDatabaseIsNeverReplaced)
         {"revise %d/w.db --force -o %d/l", "/w.db: is not a directory"},
         {"revise %d/w.db -o %d/p --dumps %d/e", "before.txt: is the same file as "},
         {"revise %d/w.db -o %d/d/p --dumps %d/e/p/q", "lies in the output directory"},
-        {"revise %d/w.db -o %d/p --json %d/o/1", "is the database"},
     };
     for (const auto &[words, says] : rows)
         expect(4, words, says);

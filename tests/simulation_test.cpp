@@ -197,7 +197,6 @@ TEST_F(Seamrevise, OptionsOfASimulationAreCheckedTogether)
         {2, "--cabinet 0x5", "--cabinet"},
         {2, "--layer-gains 5", "--layer-gains"},
         {4, "--light %d/v.db", "different files"},
-        {4, "--light %d/l.npy --json %d/./l.npy", "different files"},
         {4, "--light %d", "directory"},
         {4, "--light %d/none/l.npy", "l.npy: "},
         {4, "--light /dev/null", "not a file"},

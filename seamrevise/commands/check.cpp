@@ -37,10 +37,10 @@ void declareCheck(CLI::App &app, CheckOptions &options)
 
 int check(const CheckOptions &options, std::ostream &out, std::ostream &err)
 {
+    if (const int code
+        = checkDocumentPlace(options.common, {{options.database, "the database"}}, err))
+        return code;
     Progress progress(options.common.showProgress ? &err : nullptr);
-    const QString clash = documentFault(options.common, options.database);
-    if (!clash.isEmpty())
-        return fail(Exit_Output, clash, progress, err);
     WallRun run("check", options, progress);
     if (!run.open())
         return fail(Exit_Input, run.errorText(), progress, err);

@@ -3,6 +3,7 @@
 #include "commands/delivered.h"
 #include "commands/deliverydocument.h"
 #include "commands/optiontable.h"
+#include "commands/outputfiles.h"
 #include "delivery/comparison.h"
 
 #include <algorithm>
@@ -88,6 +89,11 @@ void declareCompare(CLI::App &app, CompareOptions &options)
 
 int compare(const CompareOptions &options, std::ostream &out, std::ostream &err)
 {
+    if (const int code = checkDocumentPlace(
+            options.common,
+            {{options.first, "a set that is compared"}, {options.second, "a set that is compared"}},
+            err))
+        return code;
     DeliveredSet first;
     DeliveredSet second;
     const std::pair<const QString *, DeliveredSet *> sets[]
@@ -103,8 +109,7 @@ int compare(const CompareOptions &options, std::ostream &out, std::ostream &err)
         return reportFault(Exit_Input, fault, err);
     if (options.common.showsText())
         printText(comparison, out);
-    fault = writeDocument(options.common, {{}, {first.path(), second.path()}},
-                          document(first, second, comparison), out);
+    fault = writeDocument(options.common, document(first, second, comparison), out);
     if (!fault.isEmpty())
         return reportFault(Exit_Output, fault, err);
     return comparison.isSame() ? Exit_Done : Exit_Different;

@@ -1,26 +1,9 @@
 #include "commands/deliverydocument.h"
 
-#include "commands/outputfiles.h"
-#include "delivery/filesystem.h"
 #include "exchange/walldocument.h"
-
-#include <QFileInfo>
 
 namespace seamrevise
 {
-
-QString writeDocument(const CommonOptions &options, const DocumentSurroundings &around,
-                      const JsonWriter &json, std::ostream &out)
-{
-    const QString &path = options.jsonFile;
-    const bool isFile = !path.isEmpty() && path != QLatin1String("-");
-    const QString input = isFile ? sameInodeAmong(around.inputs, path) : QString();
-    if (!input.isEmpty())
-        return path + QStringLiteral(": is the same file as ") + input;
-    if (isFile && !sameInodeAmong(around.directories, QFileInfo(path).absolutePath()).isEmpty())
-        return path + QStringLiteral(": lies inside a set of files; use another place");
-    return writeDocument(options, json, out);
-}
 
 void writeWall(JsonWriter &json, const Manifest &manifest)
 {

@@ -199,11 +199,14 @@ void declareExport(CLI::App &app, ExportOptions &options)
               parseFormat, "write NumPy arrays or text dumps")
         ->default_str("npy");
     addFlag(app, "--force", options.overwrite, "replace files in a directory that is not empty");
-    app.final_callback([&options] { refuseInputs(options.common, {options.database}); });
 }
 
 int exportCoefficients(const ExportOptions &options, std::ostream &out, std::ostream &err)
 {
+    if (const int code = checkDocumentPlace(
+            options.common,
+            {{options.database, "the database"}, {options.outputDir, "the output directory"}}, err))
+        return code;
     return WallExport(options, out, err).run();
 }
 

@@ -3,8 +3,8 @@
 #include "commands/exitcode.h"
 #include "commands/importpartition.h"
 #include "commands/importwall.h"
-#include "commands/jsondocument.h"
 #include "commands/optiontable.h"
+#include "commands/outputfiles.h"
 #include "exchange/coefficients.h"
 #include "store/databaseaddress.h"
 #include "store/sqlscreenstore.h"
@@ -42,7 +42,6 @@ void checkTogether(ImportOptions &options)
         refuse(QStringLiteral("--rect needs --partition"));
     if (options.layerCount && !isPart)
         refuse(QStringLiteral("--layers needs --partition or --remove"));
-    refuseInputs(options.common, {options.layout, options.database, options.file});
     if (options.station.isEmpty())
         options.station = defaultStation();
 }
@@ -77,6 +76,12 @@ void declareImport(CLI::App &app, ImportOptions &options)
 
 int importCoefficients(const ImportOptions &options, std::ostream &out, std::ostream &err)
 {
+    if (const int code = checkDocumentPlace(options.common,
+                                            {{options.database, "the database"},
+                                             {options.layout, "the layout"},
+                                             {options.file, "a file that is imported"}},
+                                            err))
+        return code;
     if (options.removed != 0)
         return removePartition(options, out, err);
     return options.number != 0 ? importPartition(options, out, err) : importWall(options, out, err);

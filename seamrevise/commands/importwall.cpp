@@ -41,10 +41,12 @@ public:
 
 private:
     bool readLayoutFile();
+    std::vector<UsedPath> sourceFiles() const;
     bool importSources();
     bool importSource(int number, const LayoutSource &source);
     bool removeOthers();
     int report();
+    QString pathOf(const LayoutSource &source) const;
     int fail(ExitCode code, const QString &message);
     int showFaults();
     void fault(const LayoutSource &source, const QString &text);
@@ -62,7 +64,10 @@ private:
 
 int WallImport::run()
 {
-    if (readLayoutFile()
+    const bool isLayoutRight = readLayoutFile();
+    if (const int code = checkDocumentPlace(m_options.common, sourceFiles(), m_err))
+        return code;
+    if (isLayoutRight
         && !m_store.openOrCreate(m_options.database, m_layout.layout,
                                  {m_options.station, m_options.overwrite}))
         return fail(Exit_Input, m_store.errorText());
@@ -93,6 +98,16 @@ bool WallImport::readLayoutFile()
     return m_faults.isEmpty();
 }
 
+std::vector<UsedPath> WallImport::sourceFiles() const
+{
+    std::vector<UsedPath> files;
+    for (const auto &entry : m_layout.sources) {
+        for (const LayoutSource &source : entry.second)
+            files.push_back({pathOf(source), "a file that is imported"});
+    }
+    return files;
+}
+
 /// Stores all sources, or looks for mistakes in them; false if the database failed.
 bool WallImport::importSources()
 {
@@ -109,10 +124,9 @@ bool WallImport::importSources()
 
 bool WallImport::importSource(int number, const LayoutSource &source)
 {
-    const QString path = QDir(QFileInfo(m_options.layout).path()).filePath(source.file);
     const WantedCoefficients wanted{rowsOf(source.zone), columnsOf(source.zone), source.layerCount};
     Coefficients coefficients;
-    const QStringList wrong = readSource(path, wanted, coefficients);
+    const QStringList wrong = readSource(pathOf(source), wanted, coefficients);
     for (const QString &text : wrong)
         fault(source, text);
     if (wrong.isEmpty() && !m_kinds.emplace(number, coefficients.layerCount).second)
@@ -156,6 +170,11 @@ int WallImport::report()
     json.endObject();
     const QString wrong = writeDocument(m_options.common, json, m_out);
     return wrong.isEmpty() ? int{Exit_Done} : fail(Exit_Output, wrong);
+}
+
+QString WallImport::pathOf(const LayoutSource &source) const
+{
+    return QDir(QFileInfo(m_options.layout).path()).filePath(source.file);
 }
 
 int WallImport::fail(ExitCode code, const QString &message)

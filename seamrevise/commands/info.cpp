@@ -203,11 +203,13 @@ JsonWriter WallInfo::document() const
 void declareInfo(CLI::App &app, InfoOptions &options)
 {
     addDatabase(app, options.database);
-    app.final_callback([&options] { refuseInputs(options.common, {options.database}); });
 }
 
 int info(const InfoOptions &options, std::ostream &out, std::ostream &err)
 {
+    if (const int code
+        = checkDocumentPlace(options.common, {{options.database, "the database"}}, err))
+        return code;
     return WallInfo(options, out, err).run();
 }
 

@@ -1,7 +1,5 @@
 #include "commands/jsondocument.h"
 
-#include "commands/optiontable.h"
-#include "commands/outputfiles.h"
 #include "exchange/walldocument.h"
 
 namespace seamrevise
@@ -23,14 +21,6 @@ void beginDocument(const ScreenLayout &layout, const std::set<int> &corrected, J
             uncorrected.push_back(entry.first);
     }
     addPartitions(json, {corrected.begin(), corrected.end()}, uncorrected);
-}
-
-void refuseInputs(const CommonOptions &common, const QStringList &inputs)
-{
-    for (const QString &input : inputs) {
-        if (!common.jsonFile.isEmpty() && !input.isEmpty() && isSameFile(common.jsonFile, input))
-            refuse(QStringLiteral("--json would replace %1, which is read").arg(input));
-    }
 }
 
 } // namespace seamrevise

@@ -1,9 +1,10 @@
 #include "commands/restore.h"
 
 #include "commands/delivered.h"
-#include "commands/deliverydocument.h"
 #include "commands/optiontable.h"
+#include "commands/outputfiles.h"
 #include "delivery/delivery.h"
+#include "delivery/place.h"
 
 namespace seamrevise
 {
@@ -35,6 +36,18 @@ JsonWriter document(const RestoreOptions &options, const Restoration &restoratio
     return json;
 }
 
+/// The delivery, and all sets that could take its place.
+std::vector<UsedPath> setsOf(const QString &directory)
+{
+    std::vector<UsedPath> sets{{directory, "the set of files"}};
+    Place place;
+    if (!findPlace(directory, place).isEmpty())
+        return sets;
+    for (const QString &name : keptSets(place))
+        sets.push_back({place.sibling(name), "a kept set"});
+    return sets;
+}
+
 } // namespace
 
 void declareRestore(CLI::App &app, RestoreOptions &options)
@@ -45,6 +58,8 @@ void declareRestore(CLI::App &app, RestoreOptions &options)
 
 int restore(const RestoreOptions &options, std::ostream &out, std::ostream &err)
 {
+    if (const int code = checkDocumentPlace(options.common, setsOf(options.directory), err))
+        return code;
     Restoration restoration;
     const Restoration::Fault fault = restoration.run(options.directory, options.from);
     reportNotes(options.common, restoration.notes(), err);
@@ -53,8 +68,7 @@ int restore(const RestoreOptions &options, std::ostream &out, std::ostream &err)
                            restoration.message(), err);
     if (options.common.showsText())
         printText(options, restoration, out);
-    const QString jsonFault = writeDocument(options.common, {{}, {options.directory}},
-                                            document(options, restoration), out);
+    const QString jsonFault = writeDocument(options.common, document(options, restoration), out);
     return jsonFault.isEmpty() ? int{Exit_Done} : reportFault(Exit_Output, jsonFault, err);
 }
 

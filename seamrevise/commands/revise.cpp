@@ -135,9 +135,6 @@ private:
 
 int ReviseRun::open()
 {
-    const QString clash = documentFault(m_options.common, m_options.database, m_options.outputDir);
-    if (!clash.isEmpty())
-        return fail(Exit_Output, clash);
     if (!m_wall.open())
         return fail(Exit_Input, m_wall.errorText());
     m_wall.report().outputDir = m_options.outputDir;
@@ -165,7 +162,7 @@ int ReviseRun::stageOutput()
 QString ReviseRun::stageDumps(const QStringList &inputs)
 {
     const QString &dir = m_options.dumpDir;
-    if (isSameFile(dir, m_options.outputDir) || isInside(dir, m_options.outputDir))
+    if (isWithin(dir, m_options.outputDir))
         return dir + QStringLiteral(": lies in the output directory; use another --dumps");
     Place place;
     QString fault = findPlace(dir, place);
@@ -400,6 +397,12 @@ int ReviseRun::checkStepLimit()
 
 int revise(const ReviseOptions &options, std::ostream &out, std::ostream &err)
 {
+    if (const int code = checkDocumentPlace(options.common,
+                                            {{options.database, "the database"},
+                                             {options.outputDir, "the output directory"},
+                                             {options.dumpDir, "the directory of the dumps"}},
+                                            err))
+        return code;
     return ReviseRun(options, out, err).run();
 }
 

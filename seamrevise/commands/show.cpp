@@ -3,6 +3,7 @@
 #include "commands/delivered.h"
 #include "commands/deliverydocument.h"
 #include "commands/optiontable.h"
+#include "commands/outputfiles.h"
 #include "delivery/filesystem.h"
 #include "delivery/stagedfiles.h"
 #include "exchange/npywriter.h"
@@ -151,6 +152,10 @@ void declareShow(CLI::App &app, ShowOptions &options)
 
 int show(const ShowOptions &options, std::ostream &out, std::ostream &err)
 {
+    if (const int code = checkDocumentPlace(
+            options.common,
+            {{options.directory, "the set of files"}, {options.npyFile, "the array"}}, err))
+        return code;
     DeliveredSet set;
     if (const int code = openDelivered(options.directory, options.common, set, err))
         return code;
@@ -167,7 +172,7 @@ int show(const ShowOptions &options, std::ostream &out, std::ostream &err)
     if (!options.npyFile.isEmpty())
         fault = deliverArray(shown, set, options.npyFile);
     if (fault.isEmpty())
-        fault = writeDocument(options.common, {{}, {set.path()}}, document(set, shown), out);
+        fault = writeDocument(options.common, document(set, shown), out);
     if (!fault.isEmpty())
         return reportFault(Exit_Output, fault, err);
     if (options.common.showsText() && options.text)

@@ -91,13 +91,8 @@ QString SimulateRun::outputFault() const
                 + (file.isDir() ? QStringLiteral(" is a directory")
                                 : QStringLiteral(" is not a file"));
     }
-    const auto clash = [](const QString &first, const QString &second) {
-        return !first.isEmpty() && !second.isEmpty() && isSameFile(first, second);
-    };
-    if (clash(m_options.database, m_options.lightFile)
-        || clash(m_options.database, m_options.common.jsonFile)
-        || clash(m_options.lightFile, m_options.common.jsonFile))
-        return QStringLiteral("the database, --light and --json must be different files");
+    if (!m_options.lightFile.isEmpty() && isSameFile(m_options.database, m_options.lightFile))
+        return QStringLiteral("the database and --light must be different files");
     return {};
 }
 
@@ -261,6 +256,10 @@ void SimulateRun::addTraits(JsonWriter &json) const
 
 int simulate(const SimulateOptions &options, std::ostream &out, std::ostream &err)
 {
+    if (const int code = checkDocumentPlace(
+            options.common, {{options.database, "the database"}, {options.lightFile, "the light"}},
+            err))
+        return code;
     return SimulateRun(options, out, err).run();
 }
 

@@ -16,6 +16,9 @@ void declareUpgrade(CLI::App &app, UpgradeOptions &options)
 
 int upgrade(const UpgradeOptions &options, std::ostream &out, std::ostream &err)
 {
+    if (const int code
+        = checkDocumentPlace(options.common, {{options.database, "the database"}}, err))
+        return code;
     SqlScreenStore store;
     if (!store.upgrade(options.database)) {
         err << "seamrevise: " << store.errorText().toStdString() << '\n';

@@ -3,6 +3,7 @@
 #include "commands/delivered.h"
 #include "commands/deliverydocument.h"
 #include "commands/optiontable.h"
+#include "commands/outputfiles.h"
 #include "commands/wallrun.h"
 #include "delivery/verification.h"
 #include "store/sqlscreenstore.h"
@@ -193,9 +194,7 @@ int VerifyRun::report()
 {
     if (m_options.common.showsText())
         printText();
-    const QString fault = writeDocument(
-        m_options.common, {{m_options.database, m_options.limitsFile}, {m_set.path()}}, document(),
-        m_out);
+    const QString fault = writeDocument(m_options.common, document(), m_out);
     return fault.isEmpty() ? int{Exit_Done} : fail(Exit_Output, fault);
 }
 
@@ -265,6 +264,12 @@ void declareVerify(CLI::App &app, VerifyOptions &options)
 
 int verify(const VerifyOptions &options, std::ostream &out, std::ostream &err)
 {
+    if (const int code = checkDocumentPlace(options.common,
+                                            {{options.directory, "the set of files"},
+                                             {options.database, "the database"},
+                                             {options.limitsFile, "the file of the limits"}},
+                                            err))
+        return code;
     return VerifyRun(options, out, err).run();
 }
 
