@@ -46,6 +46,10 @@ commands = [
     (1, ["check", wall, "--margin", "6"]),
     (1, ["check", wall, "--band", "9x9"]),
     (1, ["check", wall, "--layers", "3"]),
+    (0, ["info", wall]),
+    (0, ["verify", out]),
+    (0, ["show", out, "1"]),
+    (0, ["upgrade", wall]),
 ]
 for code, words in commands:
     text = run(code, *words, *document)

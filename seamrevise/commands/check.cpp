@@ -23,8 +23,7 @@ void printFindings(const Findings &findings, std::ostream &out)
 int fail(ExitCode code, const QString &message, Progress &progress, std::ostream &err)
 {
     progress.clear();
-    err << "seamrevise: " << message.toStdString() << '\n';
-    return code;
+    return reportFault(code, message, err);
 }
 
 } // namespace

@@ -147,8 +147,9 @@ Usage: seamrevise COMMAND [arguments and options]
     lines.push_back({QStringLiteral("-V, --version"), QStringLiteral("Shows the version.")});
     printHelpLines(lines, out);
     out << R"(
-Exit codes: 0 done, 1 a check found differences, 2 wrong usage, 3 database unusable,
-4 output not written or not read back, 5 internal error or no memory.
+Exit codes: 0 done, 1 a check that was asked for found differences, 2 wrong usage,
+3 database, imported file or delivery unusable, 4 output not written or not read back,
+5 internal error or no memory, 130 and 143 ended by Ctrl-C or SIGTERM.
 )";
     return Exit_Done;
 }

@@ -2,6 +2,7 @@
 
 #include "commands/delivered.h"
 #include "commands/deliverydocument.h"
+#include "commands/jsondocument.h"
 #include "commands/optiontable.h"
 #include "commands/outputfiles.h"
 #include "delivery/comparison.h"
@@ -61,9 +62,7 @@ JsonWriter document(const DeliveredSet &first, const DeliveredSet &second,
                     const SetComparison &comparison)
 {
     JsonWriter json;
-    json.beginObject();
-    json.member("schema", "seamrevise/1");
-    json.member("command", "compare");
+    beginDocument(json, "compare");
     json.beginArray("directories", JsonWriter::Inline);
     json.value(first.path());
     json.value(second.path());

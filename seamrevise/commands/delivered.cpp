@@ -3,12 +3,6 @@
 namespace seamrevise
 {
 
-int reportFault(ExitCode code, const QString &message, std::ostream &err)
-{
-    err << "seamrevise: " << message.toStdString() << '\n';
-    return code;
-}
-
 void reportNotes(const CommonOptions &options, const QStringList &notes, std::ostream &err)
 {
     if (options.quiet)

@@ -12,9 +12,6 @@
 namespace seamrevise
 {
 
-/// One line on err; returns the code.
-int reportFault(ExitCode code, const QString &message, std::ostream &err);
-
 /// What was done about an interrupted run, a line each.
 void reportNotes(const CommonOptions &options, const QStringList &notes, std::ostream &err);
 

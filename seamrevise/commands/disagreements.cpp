@@ -1,5 +1,6 @@
 #include "commands/disagreements.h"
 
+#include "commands/jsondocument.h"
 #include "numbers/finding.h"
 #include "numbers/luminance.h"
 #include "store/sqlscreenstore.h"
@@ -65,19 +66,6 @@ std::string percent(const std::optional<Disagreement> &disagreement)
     return text.rightJustified(11).toStdString();
 }
 
-void addDisagreement(const char *key, const std::optional<Disagreement> &disagreement,
-                     JsonWriter &json)
-{
-    const auto member = [&](const char *name, auto part) {
-        json.member(name, disagreement ? std::optional((*disagreement).*part) : std::nullopt);
-    };
-    json.beginObject(key, JsonWriter::Inline);
-    member("median", &Disagreement::median);
-    member("worst", &Disagreement::worst);
-    member("worst_line", &Disagreement::worstLine);
-    json.endObject();
-}
-
 } // namespace
 
 bool findChangedSeams(SqlScreenStore &store, int number, const std::vector<StoredKind> &stored,
@@ -127,8 +115,8 @@ void addSeams(const std::vector<ChangedSeam> &seams, JsonWriter &json)
         json.member("next", seam.seam.next);
         json.member("direction",
                     seam.seam.direction == ReviseDirection_Horizontal ? "horizontal" : "vertical");
-        addDisagreement("before", seam.before, json);
-        addDisagreement("after", seam.after, json);
+        addDisagreement(json, "before", seam.before);
+        addDisagreement(json, "after", seam.after);
         json.endObject();
     }
     json.endArray();

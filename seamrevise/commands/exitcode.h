@@ -1,5 +1,9 @@
 #pragma once
 
+#include <QString>
+
+#include <ostream>
+
 namespace seamrevise
 {
 
@@ -9,9 +13,12 @@ enum ExitCode : int
     Exit_Done = 0,
     Exit_Different = 1, ///< a check that was asked for found differences
     Exit_Usage = 2,     ///< the command line is wrong
-    Exit_Input = 3,     ///< the database cannot be used
+    Exit_Input = 3,     ///< what is to be read cannot be used: database, imported file, delivery
     Exit_Output = 4,    ///< output could not be written or read back
     Exit_Internal = 5   ///< a fault of the program, or no memory
 };
+
+/// One line on err; returns the code.
+int reportFault(ExitCode code, const QString &message, std::ostream &err);
 
 } // namespace seamrevise

@@ -150,7 +150,8 @@ int WallExport::report()
     for (const auto &entry : m_layout.sources)
         corrected.insert(entry.first);
     JsonWriter json;
-    beginDocument(m_layout.layout, corrected, json);
+    beginDocument(json, "export");
+    addLayout(json, m_layout.layout, corrected);
     json.beginArray("files");
     for (const QString &name : m_written)
         json.value(name);
@@ -174,8 +175,7 @@ QString WallExport::fileName(const StoredKind &kind) const
 int WallExport::fail(ExitCode code, const QString &message)
 {
     m_progress.clear();
-    m_err << "seamrevise: " << message.toStdString() << '\n';
-    return code;
+    return reportFault(code, message, m_err);
 }
 
 std::optional<SourceFormat> parseFormat(const QString &text)

@@ -143,7 +143,8 @@ int PartitionImport::finish(const QString &text)
     for (const StoredKind &kind : kinds)
         corrected.insert(kind.zone.number);
     JsonWriter json;
-    beginDocument(m_store.layout(), corrected, json);
+    beginDocument(json, "import");
+    addLayout(json, m_store.layout(), corrected);
     if (isImport)
         addSeams(m_seams, json);
     json.endObject();
@@ -153,8 +154,7 @@ int PartitionImport::finish(const QString &text)
 
 int PartitionImport::fail(ExitCode code, const QString &message)
 {
-    m_err << "seamrevise: " << message.toStdString() << '\n';
-    return code;
+    return reportFault(code, message, m_err);
 }
 
 } // namespace

@@ -166,7 +166,8 @@ int WallImport::report()
               << m_kinds.size() << " imported\ndatabase     " << m_options.database.toStdString()
               << '\n';
     JsonWriter json;
-    beginDocument(layout, m_corrected, json);
+    beginDocument(json, "import");
+    addLayout(json, layout, m_corrected);
     json.endObject();
     const QString wrong = writeDocument(m_options.common, json, m_out);
     return wrong.isEmpty() ? int{Exit_Done} : fail(Exit_Output, wrong);
@@ -180,8 +181,7 @@ QString WallImport::pathOf(const LayoutSource &source) const
 int WallImport::fail(ExitCode code, const QString &message)
 {
     m_progress.clear();
-    m_err << "seamrevise: " << message.toStdString() << '\n';
-    return code;
+    return reportFault(code, message, m_err);
 }
 
 int WallImport::showFaults()

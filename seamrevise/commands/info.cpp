@@ -90,17 +90,13 @@ public:
     {
         if (!m_store.open(m_options.database) || !read()) {
             m_progress.clear();
-            m_err << "seamrevise: " << m_store.errorText().toStdString() << '\n';
-            return Exit_Input;
+            return reportFault(Exit_Input, m_store.errorText(), m_err);
         }
         m_progress.clear();
         if (m_options.common.showsText())
             printWall();
         const QString wrong = writeDocument(m_options.common, document(), m_out);
-        if (wrong.isEmpty())
-            return Exit_Done;
-        m_err << "seamrevise: " << wrong.toStdString() << '\n';
-        return Exit_Output;
+        return wrong.isEmpty() ? int{Exit_Done} : reportFault(Exit_Output, wrong, m_err);
     }
 
 private:
@@ -182,7 +178,8 @@ void WallInfo::printPartition(int number, const NQRect &rect)
 JsonWriter WallInfo::document() const
 {
     JsonWriter json;
-    beginDocument(layout(), m_corrected, json);
+    beginDocument(json, "info");
+    addLayout(json, layout(), m_corrected);
     json.member("schema_version", m_store.schemaVersion());
     json.beginArray("coefficients");
     for (const auto &[number, infos] : m_kinds) {

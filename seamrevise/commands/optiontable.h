@@ -56,7 +56,7 @@ CLI::Option *addNumbers(CLI::App &app, const char *names, std::vector<int> &numb
 CLI::Option *addDatabase(CLI::App &app, QString &database);
 CLI::Option *addLayers(CLI::App &app, int &layerCount, const char *help);
 
-/// -q, -v and --json.
+/// -q, -v, --json and --jobs.
 void addCommonOptions(CLI::App &app, CommonOptions &options);
 
 /// Any of the types of argumentvalues.h: a Target is what `parse` returns, or an optional one if

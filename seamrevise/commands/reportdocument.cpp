@@ -1,5 +1,6 @@
 #include "commands/runreport.h"
 
+#include "commands/jsondocument.h"
 #include "exchange/walldocument.h"
 
 namespace seamrevise
@@ -28,16 +29,6 @@ void addStep(JsonWriter &json, const char *key, const std::optional<Step> &step)
     json.endObject();
 }
 
-void addDisagreement(JsonWriter &json, const std::optional<Disagreement> &disagreement)
-{
-    const bool isThere = disagreement.has_value();
-    json.beginObject("disagreement", JsonWriter::Inline);
-    json.member("median", isThere ? std::optional<double>(disagreement->median) : std::nullopt);
-    json.member("worst", isThere ? std::optional<double>(disagreement->worst) : std::nullopt);
-    json.member("worst_line", isThere ? std::optional<int>(disagreement->worstLine) : std::nullopt);
-    json.endObject();
-}
-
 void addSeam(JsonWriter &json, const SeamReport &seam)
 {
     const SeamNumbers &numbers = seam.numbers;
@@ -49,7 +40,7 @@ void addSeam(JsonWriter &json, const SeamReport &seam)
     json.member("reason", seam.reason.isEmpty() ? std::optional<QString>() : seam.reason);
     json.member("strip_width", seam.strip.width);
     json.member("dark_pixels", numbers.darkPixels);
-    addDisagreement(json, numbers.disagreement);
+    addDisagreement(json, "disagreement", numbers.disagreement);
     json.beginObject("step");
     addStep(json, "before", numbers.before);
     addStep(json, "after", numbers.after);
@@ -139,9 +130,7 @@ void addDelivery(JsonWriter &json, const RunReport &report)
 JsonWriter reportDocument(const RunReport &report)
 {
     JsonWriter json;
-    json.beginObject();
-    json.member("schema", "seamrevise/1");
-    json.member("command", report.command);
+    beginDocument(json, report.command);
     addWallNumbers(json, report);
     json.beginArray("findings");
     for (const Finding &finding : report.findings)

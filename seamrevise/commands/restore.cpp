@@ -1,6 +1,7 @@
 #include "commands/restore.h"
 
 #include "commands/delivered.h"
+#include "commands/jsondocument.h"
 #include "commands/optiontable.h"
 #include "commands/outputfiles.h"
 #include "delivery/delivery.h"
@@ -23,9 +24,7 @@ void printText(const RestoreOptions &options, const Restoration &restoration, st
 JsonWriter document(const RestoreOptions &options, const Restoration &restoration)
 {
     JsonWriter json;
-    json.beginObject();
-    json.member("schema", "seamrevise/1");
-    json.member("command", "restore");
+    beginDocument(json, "restore");
     json.member("directory", options.directory);
     json.member("restored", restoration.restoredName());
     if (restoration.keptName().isEmpty())

@@ -2,6 +2,7 @@
 
 #include "commands/delivered.h"
 #include "commands/deliverydocument.h"
+#include "commands/jsondocument.h"
 #include "commands/optiontable.h"
 #include "commands/outputfiles.h"
 #include "delivery/filesystem.h"
@@ -90,9 +91,7 @@ void printSummary(const Shown &shown, std::ostream &out)
 JsonWriter document(const DeliveredSet &set, const Shown &shown)
 {
     JsonWriter json;
-    json.beginObject();
-    json.member("schema", "seamrevise/1");
-    json.member("command", "show");
+    beginDocument(json, "show");
     json.member("directory", set.path());
     writeWall(json, set.manifest());
     json.member("partition", shown.partition.number);

@@ -1,6 +1,7 @@
 #include "commands/simulate.h"
 
 #include "commands/exitcode.h"
+#include "commands/jsondocument.h"
 #include "commands/outputfiles.h"
 #include "commands/progress.h"
 #include "delivery/stagedfiles.h"
@@ -8,6 +9,7 @@
 #include "exchange/walldocument.h"
 #include "process/interruption.h"
 #include "store/databaseaddress.h"
+#include "store/inventory.h"
 #include "store/sqlscreenstore.h"
 
 #include <QFileInfo>
@@ -51,8 +53,7 @@ private:
 
     int fail(ExitCode code, const QString &message) const
     {
-        m_err << "seamrevise: " << message.toStdString() << '\n';
-        return code;
+        return reportFault(code, message, m_err);
     }
 
     const SimulateOptions &m_options;
@@ -99,7 +100,8 @@ QString SimulateRun::outputFault() const
 /// The number of the first partition whose zone one database value does not hold; 0 if none.
 int SimulateRun::firstTooLarge() const
 {
-    const qint64 bytesPerPixel = std::max(9 * 2, m_options.layerCount * 3 * 4);
+    const qint64 bytesPerPixel
+        = std::max(storedPixelBytes(0), storedPixelBytes(m_options.layerCount));
     for (const auto &entry : m_layout.partitions) {
         const NQRect rect = zoneOf(m_layout, entry.first).rect;
         if (pixelsOf(rect) > largestZoneBytes / bytesPerPixel)
@@ -203,8 +205,7 @@ void SimulateRun::printSummary() const
 JsonWriter SimulateRun::document() const
 {
     JsonWriter json;
-    json.beginObject();
-    json.member("schema", "seamrevise/1");
+    beginDocument(json, "simulate");
     json.beginObject("wall");
     addScreenSize(json, m_layout.screen);
     addGridAndBand(json, m_layout.grid, m_layout.band);

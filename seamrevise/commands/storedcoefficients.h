@@ -18,7 +18,7 @@ struct StoredKind
     int layerCount = 0; ///< 0: single layer
 };
 
-/// What fails here is in the store's errorText().
+// What fails here is in the store's errorText().
 
 /// Lists what is stored, by number and layer count, without reading it.
 bool listStored(SqlScreenStore &store, std::vector<StoredKind> &kinds);

@@ -1,6 +1,7 @@
 #include "commands/upgrade.h"
 
 #include "commands/exitcode.h"
+#include "commands/jsondocument.h"
 #include "commands/optiontable.h"
 #include "commands/outputfiles.h"
 #include "store/schema.h"
@@ -20,10 +21,8 @@ int upgrade(const UpgradeOptions &options, std::ostream &out, std::ostream &err)
         = checkDocumentPlace(options.common, {{options.database, "the database"}}, err))
         return code;
     SqlScreenStore store;
-    if (!store.upgrade(options.database)) {
-        err << "seamrevise: " << store.errorText().toStdString() << '\n';
-        return Exit_Input;
-    }
+    if (!store.upgrade(options.database))
+        return reportFault(Exit_Input, store.errorText(), err);
     const int before = store.schemaVersion();
     if (options.common.showsText())
         out << options.database.toStdString() << ": schema version " << currentSchemaVersion
@@ -31,17 +30,13 @@ int upgrade(const UpgradeOptions &options, std::ostream &out, std::ostream &err)
             << '\n';
 
     JsonWriter json;
-    json.beginObject();
-    json.member("schema", "seamrevise/1");
+    beginDocument(json, "upgrade");
     json.member("database", options.database);
     json.member("version_before", before);
     json.member("version", currentSchemaVersion);
     json.endObject();
     const QString fault = writeDocument(options.common, json, out);
-    if (fault.isEmpty())
-        return Exit_Done;
-    err << "seamrevise: " << fault.toStdString() << '\n';
-    return Exit_Output;
+    return fault.isEmpty() ? int{Exit_Done} : reportFault(Exit_Output, fault, err);
 }
 
 } // namespace seamrevise

@@ -2,6 +2,7 @@
 
 #include "commands/delivered.h"
 #include "commands/deliverydocument.h"
+#include "commands/jsondocument.h"
 #include "commands/optiontable.h"
 #include "commands/outputfiles.h"
 #include "commands/wallrun.h"
@@ -221,9 +222,7 @@ JsonWriter VerifyRun::document() const
 {
     const Manifest &manifest = m_set.manifest();
     JsonWriter json;
-    json.beginObject();
-    json.member("schema", "seamrevise/1");
-    json.member("command", "verify");
+    beginDocument(json, "verify");
     json.member("directory", m_set.path());
     json.member("same", isAsAgreed());
     if (m_hasManifest) {

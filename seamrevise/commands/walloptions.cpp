@@ -24,9 +24,10 @@ void declareWallOptions(CLI::App &app, WallOptions &options)
             "pixels by which zones reach beyond partitions (the database's)");
     addNumber(app, "--margin", "PIXELS", options.margin, 0, std::numeric_limits<int>::max(),
               "pixels left as they are at both ends of a blended strip");
-    addParsed(app, "--step-limit", {"PERCENT", QStringLiteral("a part of 1 like 0.5% or 0.005")},
-              options.stepLimit, parseLimit,
-              "the largest step that a seam may keep (0.5%); a larger one ends revise with 1");
+    addParsed(
+        app, "--step-limit", {"PERCENT", QStringLiteral("a part of 1 like 0.5% or 0.005")},
+        options.stepLimit, parseLimit,
+        "the largest step that a seam may keep (0.5%); if given, a larger one ends revise with 1");
     addParsed(app, "--weights", {"R,G,B", QStringLiteral("three numbers above 0 like 1,1,1")},
               options.weights, parseWeights,
               "how much red, green and blue count (0.2126,0.7152,0.0722)");

@@ -27,9 +27,6 @@ struct WallOptions
     LuminanceWeights weights = usualWeights;
 };
 
-/// A step that is hardly seen.
-constexpr double usualStepLimit = 0.005;
-
 /// All but the database, which is the first argument.
 void declareWallOptions(CLI::App &app, WallOptions &options);
 

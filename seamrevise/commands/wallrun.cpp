@@ -62,7 +62,7 @@ void WallRun::blend(const Blending &blending)
 {
     const auto seams = static_cast<int>(seamsOf(layout().grid).size());
     EngineProgress progress(m_progress, static_cast<int>(m_storedZones.size()), seams,
-                                  static_cast<int>(layout().partitions.size()));
+                            static_cast<int>(layout().partitions.size()));
     bool isSaved = false;
     const auto onRevised = [&](const RevisedZones &zones) {
         reckon();
@@ -94,9 +94,8 @@ Manifest WallRun::manifest() const
     return manifest;
 }
 
-ManifestPartition
-WallRun::manifestPartition(int number, const NQRect &rect,
-                           const std::map<int, QByteArray> &storedHashes) const
+ManifestPartition WallRun::manifestPartition(int number, const NQRect &rect,
+                                             const std::map<int, QByteArray> &storedHashes) const
 {
     ManifestPartition partition;
     partition.number = number;

@@ -11,6 +11,9 @@
 namespace seamrevise
 {
 
+/// A step that is hardly seen.
+constexpr double usualStepLimit = 0.005;
+
 /// How a wall is revised.
 struct WallPlan
 {
@@ -18,7 +21,7 @@ struct WallPlan
     baseCommon::NQSize band;
     int margin = 0;
     std::set<int> corrected;
-    double stepLimit = 0.005;
+    double stepLimit = usualStepLimit;
     int cap = 0; ///< the largest value that a table holds
 };
 
