@@ -17,8 +17,6 @@ namespace seamrevise
 namespace
 {
 
-const QString manifestName = QStringLiteral("manifest.json");
-
 /// Why a directory as such cannot be replaced; empty if it can, or if there is none.
 QString directoryFault(const Place &place)
 {

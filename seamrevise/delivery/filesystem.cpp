@@ -1,5 +1,6 @@
 #include "delivery/filesystem.h"
 
+#include "delivery/manifest.h"
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
@@ -135,7 +136,7 @@ QString makeDirectory(const QString &path, const QString &likeThis)
 
 QString removeTree(const QString &path)
 {
-    QFile::remove(path + QStringLiteral("/manifest.json"));
+    QFile::remove(manifestPath(path));
     std::error_code error;
     std::filesystem::remove_all(QFile::encodeName(path).toStdString(), error);
     return error ? systemFault(path, error.value()) : QString();

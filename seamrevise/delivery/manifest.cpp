@@ -216,7 +216,7 @@ const ManifestFile *Manifest::file(const QString &name) const
 
 QString manifestPath(const QString &directory)
 {
-    return directory + QStringLiteral("/manifest.json");
+    return directory + QLatin1Char('/') + manifestName;
 }
 
 void writeFiles(JsonWriter &json, const std::vector<ManifestFile> &files)

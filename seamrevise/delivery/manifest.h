@@ -61,6 +61,7 @@ struct Manifest
     const ManifestFile *file(const QString &name) const;  ///< null if there is none
 };
 
+inline const QString manifestName = QStringLiteral("manifest.json");
 QString manifestPath(const QString &directory);
 
 /// The member `files` of a document.

@@ -217,7 +217,7 @@ std::vector<Difference> verifyFiles(const QString &directory)
     Manifest manifest;
     const QString fault = readManifest(directory, manifest);
     if (!fault.isEmpty())
-        return {{QStringLiteral("manifest"), QStringLiteral("manifest.json"), 0, fault}};
+        return {{QStringLiteral("manifest"), manifestName, 0, fault}};
 
     std::vector<Difference> differences;
     const std::vector<CoefficientFormat> formats = coefficientFormats(manifest.layerCount);
@@ -235,7 +235,7 @@ std::vector<Difference> verifyFiles(const QString &directory)
             differences.push_back(*difference);
     }
     for (const QString &name : entriesOf(directory)) {
-        if (name != QLatin1String("manifest.json") && !manifest.file(name))
+        if (name != manifestName && !manifest.file(name))
             differences.push_back(
                 fileDifference("besides", name, QStringLiteral("does not belong to the delivery")));
     }

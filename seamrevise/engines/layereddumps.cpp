@@ -1,10 +1,10 @@
 #include "engines/layereddumps.h"
 
+#include "engines/zonevalues.h"
 #include "store/screenlayout.h"
 
 #include <seamrevision/areainfobase.h>
 #include <seamrevision/localconfig.h>
-#include <seamrevision/multilayercoefzoneinfo.h>
 
 #include <QFile>
 
@@ -58,8 +58,7 @@ void dumpStored(const MultiLayerCoefZoneInfo &stored, const AreaInfoBase &area, 
             dump.line(row);
     }
     RowDump dump(QStringLiteral("area_%1_before.txt").arg(key));
-    const NQRect zone(stored.getBegPixCol(), stored.getBegPixRow(), stored.getEndPixCol(),
-                      stored.getEndPixRow());
+    const NQRect zone = rectOf(stored);
     const NQRect own(area.getAreaStartCol(), area.getAreaStartRow(), area.getAreaEndCol(),
                      area.getAreaEndRow());
     const NQRect held = shared(zone, own);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engines/zonevalues.h"
 #include "exchange/coefficientfile.h"
 #include "store/screenlayout.h"
 
@@ -71,12 +72,6 @@ public:
     }
 
 private:
-    static NQRect rectOf(const Zone &zone)
-    {
-        return NQRect(zone.getBegPixCol(), zone.getBegPixRow(), zone.getEndPixCol(),
-                      zone.getEndPixRow());
-    }
-
     static void count(const std::vector<qint32> &expected, const qint32 *found, int row, int col,
                       ValueMismatch &mismatch)
     {

@@ -101,12 +101,6 @@ private:
         std::vector<quint64> hashes; ///< of lines outside them
     };
 
-    static NQRect rectOf(const Zone &zone)
-    {
-        return NQRect(zone.getBegPixCol(), zone.getBegPixRow(), zone.getEndPixCol(),
-                      zone.getEndPixRow());
-    }
-
     NQRect outsideOf(int number) const
     {
         return outsideStrips(m_plan.layout, number, m_plan.corrected, m_plan.band);

@@ -5,12 +5,20 @@
 
 #include <seamrevision/coefszoneinfo.h>
 #include <seamrevision/multilayercoefzoneinfo.h>
+#include <seamrevision/nqrect.h>
 
 #include <algorithm>
 #include <limits>
 
 namespace seamrevise
 {
+
+/// First and last screen column and row.
+inline NQRect rectOf(const ZoneBaseInfo &zone)
+{
+    return NQRect(zone.getBegPixCol(), zone.getBegPixRow(), zone.getEndPixCol(),
+                  zone.getEndPixRow());
+}
 
 /// How the values of a pixel lie in a single-layer zone, and what they mean.
 class MatrixValues
