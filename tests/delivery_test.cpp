@@ -21,8 +21,12 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <chrono>
 #include <csignal>
+#include <cstdio>
+#include <functional>
 #include <random>
+#include <thread>
 
 #include <fcntl.h>
 #include <sys/mount.h>
@@ -498,6 +502,38 @@ TEST_F(DeliveryTest, WhereOutputCannotBeWrittenTheOldSetStays)
     EXPECT_EQ(delivered("disk/out"), 5);
     EXPECT_EQ(entries("%d/disk"), (QStringList{"filler", "out"}));
     EXPECT_EQ(umount2(disk, MNT_DETACH), 0);
+}
+
+TEST_F(DeliveryTest, AFileThatIsTouchedAfterItWasReadBackIsNotDelivered)
+{
+    const struct
+    {
+        const char *what;
+        std::function<void(const QString &)> touch;
+    } rows[] = {
+        {"longer", [](const QString &path) { writeFile(path, readFile(path) + 'x'); }},
+        {"other bytes", [](const QString &path) { writeFile(path, QByteArray(112, 'x')); }},
+        {"gone", [](const QString &path) { QFile::remove(path); }},
+        {"another file",
+         [](const QString &path) {
+             QFile::copy(path, path + '~');
+             std::rename((path + '~').toStdString().c_str(), path.toStdString().c_str());
+         }},
+        {nullptr, [](const QString &) {}},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.what ? row.what : "none");
+        Delivery delivery;
+        ASSERT_EQ(delivery.begin(request(true)), "");
+        const QString path = delivery.path() + "/1";
+        writeSet(delivery.path(), 5);
+        EXPECT_EQ(delivery.finishFile("1", sha256OfFile(path), stampOf(path)), "");
+        std::this_thread::sleep_for(std::chrono::milliseconds(20)); // a file's clock ticks slowly
+        row.touch(path);
+        Manifest sealed = manifest();
+        EXPECT_EQ(delivery.seal(sealed),
+                  row.what ? path + ": was touched after it was read back" : "");
+    }
 }
 
 TEST_F(DeliveryTest, ADirectoryThatDisappearsMeanwhileIsMadeAnew)

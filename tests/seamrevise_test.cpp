@@ -78,13 +78,18 @@ TEST(ReadBack, FilesThatAreNotWhatWasRevisedAreFound)
             for (const auto &[path, bytes] : written)
                 EXPECT_EQ(readFile(path), bytes) << path.toStdString();
             for (const auto &[number, rect] : layout.partitions) {
-                const auto fault = [&, place = rect, key = number] {
-                    return readBackFault(host.path(), key, place, coefficientFormats(row.layers),
-                                         *revised);
-                };
-                EXPECT_EQ(fault(), "");
-                for (const QString &suffix : row.suffixes) {
-                    const QString path = host.path() + '/' + QString::number(number) + suffix;
+                for (int i = 0; i < row.suffixes.size(); ++i) {
+                    const QString path
+                        = host.path() + '/' + QString::number(number) + row.suffixes[i];
+                    QByteArray sha256;
+                    const auto fault = [&, place = rect, key = number] {
+                        return readBackFault(
+                            path, key, place,
+                            coefficientFormats(row.layers)[static_cast<std::size_t>(i)], *revised,
+                            sha256);
+                    };
+                    EXPECT_EQ(fault(), "");
+                    EXPECT_EQ(sha256, sha256OfFile(path));
                     const QByteArray good = readFile(path);
                     const QByteArray plain = decrypted(good);
                     std::vector<unsigned char> changed(plain.begin(), plain.end());

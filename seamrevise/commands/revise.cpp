@@ -95,6 +95,7 @@ private:
     void checkBeside(std::function<QString()> check);
     QString finishChecks();
     QString checkFiles(int number, const RevisedZones &revised);
+    QString checkTable(const QString &path, const TableFile &table);
     int reviseFailure();
     QString writeFault();
     QString writeTables();
@@ -231,14 +232,28 @@ QString ReviseRun::finishChecks()
 /// Reads a partition's files back and finishes them.
 QString ReviseRun::checkFiles(int number, const RevisedZones &revised)
 {
-    const std::vector<CoefficientFormat> formats = coefficientFormats(m_options.layerCount);
-    QString fault = readBackFault(m_delivery.path(), number, layout().partitions.at(number),
-                                  formats, revised);
-    for (const CoefficientFormat &format : formats) {
+    const NQRect &rect = layout().partitions.at(number);
+    for (const CoefficientFormat &format : coefficientFormats(m_options.layerCount)) {
+        const QString name = QString::number(number) + format.suffix;
+        const QString path = m_delivery.path() + QLatin1Char('/') + name;
+        const FileStamp before = stampOf(path);
+        QByteArray sha256;
+        QString fault = readBackFault(path, number, rect, format, revised, sha256);
         if (fault.isEmpty())
-            fault = m_delivery.finishFile(QString::number(number) + format.suffix);
+            fault = m_delivery.finishFile(name, sha256, before);
+        if (!fault.isEmpty())
+            return fault;
     }
-    return fault;
+    return {};
+}
+
+/// Compares a table and finishes it.
+QString ReviseRun::checkTable(const QString &path, const TableFile &table)
+{
+    const FileStamp before = stampOf(path);
+    QByteArray sha256;
+    const QString fault = comparisonFault(path, table.bytes, &sha256);
+    return fault.isEmpty() ? m_delivery.finishFile(table.name, sha256, before) : fault;
 }
 
 int ReviseRun::reviseFailure()
@@ -283,7 +298,7 @@ int ReviseRun::finishFiles()
     return outcome(fault);
 }
 
-/// Each table is hashed, which takes longest, and compared beside what else is to be done.
+/// Each table is compared and hashed, which takes longest, beside what else is to be done.
 QString ReviseRun::writeTables()
 {
     m_tables = kind().tables();
@@ -292,8 +307,7 @@ QString ReviseRun::writeTables()
         const QString fault = writeWhole(path, table.bytes);
         if (!fault.isEmpty())
             return fault;
-        checkBeside([this, &table] { return m_delivery.finishFile(table.name); });
-        checkBeside([path, &table] { return comparisonFault(path, table.bytes); });
+        checkBeside([this, path, &table] { return checkTable(path, table); });
     }
     return {};
 }

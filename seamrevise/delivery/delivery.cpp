@@ -112,26 +112,33 @@ QString Delivery::addFile(const QString &name, const QByteArray &bytes) const
     return writeSynced(path() + QLatin1Char('/') + name, bytes);
 }
 
-QString Delivery::finishFile(const QString &name)
+QString Delivery::finishFile(const QString &name, const QByteArray &sha256, const FileStamp &before)
 {
-    QString fault;
-    const ManifestFile file = syncedFile(path(), name, fault);
+    const QString fault = syncToDisk(path() + QLatin1Char('/') + name);
+    if (!fault.isEmpty())
+        return fault;
     const std::lock_guard<std::mutex> lock(m_finishedMutex);
-    m_finished[name] = file;
-    return fault;
+    m_finished[name] = {{name, before.bytes, sha256}, before};
+    return {};
 }
 
-/// Lists all files that are there, each of them finished.
+/// Lists all files that are there, each of them on the disk.
 QString Delivery::listFiles(std::vector<ManifestFile> &files)
 {
+    for (const auto &[name, finished] : m_finished) {
+        const QString file = path() + QLatin1Char('/') + name;
+        if (!(stampOf(file) == finished.stamp))
+            return file + QStringLiteral(": was touched after it was read back");
+    }
     QStringList names = entriesOf(path());
     std::sort(names.begin(), names.end(), comesBefore);
     for (const QString &name : names) {
-        const bool isFinished = m_finished.count(name) != 0;
-        const QString fault = isFinished ? QString() : finishFile(name);
+        const auto finished = m_finished.find(name);
+        QString fault;
+        files.push_back(finished != m_finished.end() ? finished->second.file
+                                                     : syncedFile(path(), name, fault));
         if (!fault.isEmpty())
             return fault;
-        files.push_back(m_finished[name]);
     }
     return {};
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "delivery/filesystem.h"
 #include "delivery/manifest.h"
 #include "delivery/staging.h"
 
@@ -44,9 +45,11 @@ public:
 
     QString addFile(const QString &name, const QByteArray &bytes) const;
 
-    /// Hashes a file that is complete and waits until it is on the disk, ahead of seal(), which
-    /// does so with all others. Calls for different files may run at once.
-    QString finishFile(const QString &name);
+    /// Waits until a file that was read back is on the disk; seal() does so with all others. Calls
+    /// for different files may run at once.
+    /// @param sha256  of what was read, in hexadecimal digits
+    /// @param before  the file before it was read; seal() fails if it is touched later
+    QString finishFile(const QString &name, const QByteArray &sha256, const FileStamp &before);
 
     /// Lists all files in the manifest, writes it, and waits until everything is on the disk.
     QString seal(Manifest &manifest);
@@ -63,6 +66,11 @@ public:
     const QString &changes() const { return m_changes; }
 
 private:
+    struct FinishedFile
+    {
+        ManifestFile file;
+        FileStamp stamp;
+    };
     QString listFiles(std::vector<ManifestFile> &files);
 
     Request m_request;
@@ -70,7 +78,7 @@ private:
     QByteArray m_manifestSha256;
     Manifest m_manifest;
     std::mutex m_finishedMutex;
-    std::map<QString, ManifestFile> m_finished; ///< files ahead of seal()
+    std::map<QString, FinishedFile> m_finished;
     QStringList m_notes;
     QString m_keptName;
     QString m_changes;

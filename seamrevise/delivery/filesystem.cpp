@@ -106,6 +106,23 @@ QString sameInodeAmong(const QStringList &paths, const QString &path)
     return {};
 }
 
+bool operator==(const FileStamp &first, const FileStamp &second)
+{
+    return first.inode == second.inode && first.bytes == second.bytes
+        && first.modified == second.modified && first.changed == second.changed;
+}
+
+FileStamp stampOf(const QString &path)
+{
+    struct stat status = {};
+    if (lstat(QFile::encodeName(path).constData(), &status) != 0)
+        return {};
+    const auto nanoseconds
+        = [](const timespec &time) { return qint64{time.tv_sec} * 1'000'000'000 + time.tv_nsec; };
+    return {status.st_ino, status.st_size, nanoseconds(status.st_mtim),
+            nanoseconds(status.st_ctim)};
+}
+
 bool isMountPoint(const QString &directory)
 {
     struct statx status = {};

@@ -45,6 +45,17 @@ QString makeDirectory(const QString &path, const QString &likeThis);
 /// process dies does not look whole. No fault if there is none.
 QString removeTree(const QString &path);
 
+/// Which file a name leads to, and in what state. Equal as long as nobody touches it.
+struct FileStamp
+{
+    quint64 inode = 0; ///< 0: there is none
+    qint64 bytes = 0;
+    qint64 modified = 0; ///< ns
+    qint64 changed = 0;  ///< ns
+};
+bool operator==(const FileStamp &first, const FileStamp &second);
+FileStamp stampOf(const QString &path);
+
 /// Waits until what was written to a file, or the names in a directory, are on the disk.
 QString syncToDisk(const QString &path);
 

@@ -5,23 +5,21 @@
 namespace seamrevise
 {
 
-QString readBackFault(const QString &dir, int number, const NQRect &partition,
-                      const std::vector<CoefficientFormat> &formats, const RevisedZones &revised)
+QString readBackFault(const QString &path, int number, const NQRect &partition,
+                      const CoefficientFormat &format, const RevisedZones &revised,
+                      QByteArray &sha256)
 {
     std::vector<qint32> values;
-    for (const CoefficientFormat &format : formats) {
-        const QString path = dir + QLatin1Char('/') + QString::number(number) + format.suffix;
-        const QString fault = readCoefficientFile(path, pixelsOf(partition), format, values);
-        if (!fault.isEmpty())
-            return fault;
-        const ValueMismatch mismatch = revised.compare(number, format, values, noCap);
-        if (mismatch.values > 0)
-            return path
-                + QStringLiteral(": it reads back differently at row %1, column %2")
-                      .arg(mismatch.row)
-                      .arg(mismatch.column);
-    }
-    return {};
+    const QString fault = readCoefficientFile(path, pixelsOf(partition), format, values, &sha256);
+    if (!fault.isEmpty())
+        return fault;
+    const ValueMismatch mismatch = revised.compare(number, format, values, noCap);
+    if (mismatch.values == 0)
+        return {};
+    return path
+        + QStringLiteral(": it reads back differently at row %1, column %2")
+              .arg(mismatch.row)
+              .arg(mismatch.column);
 }
 
 } // namespace seamrevise

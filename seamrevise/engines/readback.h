@@ -7,10 +7,12 @@
 namespace seamrevise
 {
 
-/// Reads a partition's coefficient files from the disk, without an engine, and compares them with
-/// the zones that they were written from, value by value. Calls for different partitions may run at
-/// once. Empty, or the first fault with the file's name.
-QString readBackFault(const QString &dir, int number, const NQRect &partition,
-                      const std::vector<CoefficientFormat> &formats, const RevisedZones &revised);
+/// Reads one of a partition's coefficient files from the disk, without an engine, and compares it
+/// with the zone that it was written from, value by value. Calls may run at once. Empty, or what is
+/// wrong with the file's name.
+/// @param sha256  gets the hash of the bytes that were compared
+QString readBackFault(const QString &path, int number, const NQRect &partition,
+                      const CoefficientFormat &format, const RevisedZones &revised,
+                      QByteArray &sha256);
 
 } // namespace seamrevise

@@ -1,5 +1,6 @@
 #include "exchange/blockfile.h"
 
+#include <QCryptographicHash>
 #include <QFile>
 #include <QSaveFile>
 
@@ -7,22 +8,6 @@
 
 namespace seamrevise
 {
-
-namespace
-{
-
-bool isSame(const QString &path, const BlockSource &source)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) && source([&](const char *bytes, qint64 count) {
-               const QByteArray written = file.read(count);
-               return written.size() == count
-                   && std::memcmp(written.constData(), bytes, static_cast<std::size_t>(count)) == 0;
-           })
-        && file.atEnd();
-}
-
-} // namespace
 
 QString writeWhole(const QString &path, const BlockSource &source)
 {
@@ -41,10 +26,22 @@ QString writeWhole(const QString &path, const BlockSource &source)
     return {};
 }
 
-QString comparisonFault(const QString &path, const BlockSource &source)
+QString comparisonFault(const QString &path, const BlockSource &source, QByteArray *sha256)
 {
-    return isSame(path, source) ? QString()
-                                : path + QStringLiteral(": it was written but reads differently");
+    QFile file(path);
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    const bool isSame
+        = file.open(QIODevice::ReadOnly) && source([&](const char *bytes, qint64 count) {
+              const QByteArray written = file.read(count);
+              if (sha256)
+                  hash.addData(written);
+              return written.size() == count
+                  && std::memcmp(written.constData(), bytes, static_cast<std::size_t>(count)) == 0;
+          })
+        && file.atEnd();
+    if (sha256)
+        *sha256 = hash.result().toHex();
+    return isSame ? QString() : path + QStringLiteral(": it was written but reads differently");
 }
 
 QString writeChecked(const QString &path, const BlockSource &source)

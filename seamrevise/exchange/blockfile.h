@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 #include <QtEndian>
 
@@ -20,7 +21,9 @@ using BlockSource = std::function<bool(const BlockSink &sink)>;
 /// Replaces a file as a whole. Empty, or what went wrong with the file's name.
 QString writeWhole(const QString &path, const BlockSource &source);
 /// Compares a file with what it was written from. Empty, or what is wrong with the file's name.
-QString comparisonFault(const QString &path, const BlockSource &source);
+/// @param sha256  gets the hash of what was compared, in hexadecimal digits, unless it is null
+QString comparisonFault(const QString &path, const BlockSource &source,
+                        QByteArray *sha256 = nullptr);
 /// Writes and compares.
 QString writeChecked(const QString &path, const BlockSource &source);
 

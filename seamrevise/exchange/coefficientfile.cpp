@@ -2,6 +2,7 @@
 
 #include <seamrevision/des.h>
 
+#include <QCryptographicHash>
 #include <QFile>
 #include <QFileInfo>
 #include <QtEndian>
@@ -37,11 +38,22 @@ QString readBytes(const QString &path, qint64 byteCount, std::vector<unsigned ch
     return {};
 }
 
-QString readContent(const QString &path, qint64 contentBytes, std::vector<unsigned char> &content)
+QByteArray sha256Of(const std::vector<unsigned char> &bytes)
+{
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    hash.addData(reinterpret_cast<const char *>(bytes.data()), static_cast<int>(bytes.size()));
+    return hash.result().toHex();
+}
+
+/// @param sha256  gets the hash of the file's bytes, unless it is null
+QString readContent(const QString &path, qint64 contentBytes, std::vector<unsigned char> &content,
+                    QByteArray *sha256 = nullptr)
 {
     const QString fault = readBytes(path, encryptedBytes(contentBytes), content);
     if (!fault.isEmpty())
         return fault;
+    if (sha256)
+        *sha256 = sha256Of(content);
     if (!DES().DESDecrypt(keyMaterial, keyMaterial, content, content)
         || static_cast<qint64>(content.size()) != contentBytes)
         return path
@@ -51,10 +63,11 @@ QString readContent(const QString &path, qint64 contentBytes, std::vector<unsign
 }
 
 template <typename Value>
-QString readValues(const QString &path, qint64 valueCount, std::vector<Value> &values)
+QString readValues(const QString &path, qint64 valueCount, std::vector<Value> &values,
+                   QByteArray *sha256 = nullptr)
 {
     std::vector<unsigned char> content;
-    const QString fault = readContent(path, valueCount * qint64{sizeof(Value)}, content);
+    const QString fault = readContent(path, valueCount * qint64{sizeof(Value)}, content, sha256);
     if (!fault.isEmpty())
         return fault;
     values.resize(static_cast<std::size_t>(valueCount));
@@ -94,13 +107,13 @@ QString readCoefficientFile(const QString &path, qint64 valueCount, std::vector<
 }
 
 QString readCoefficientFile(const QString &path, qint64 pixelCount, const CoefficientFormat &format,
-                            std::vector<qint32> &values)
+                            std::vector<qint32> &values, QByteArray *sha256)
 {
     const qint64 valueCount = pixelCount * format.valuesPerPixel;
     if (format.bytesPerValue == 4)
-        return readCoefficientFile(path, valueCount, values);
+        return readValues(path, valueCount, values, sha256);
     std::vector<quint16> narrow;
-    const QString fault = readCoefficientFile(path, valueCount, narrow);
+    const QString fault = readValues(path, valueCount, narrow, sha256);
     values.assign(narrow.begin(), narrow.end());
     return fault;
 }

@@ -35,8 +35,9 @@ QString readCoefficientFile(const QString &path, qint64 valueCount, std::vector<
 QString readCoefficientFile(const QString &path, qint64 valueCount, std::vector<quint32> &values);
 
 /// The same for a file of any format; packed words are the same 32 bits.
+/// @param sha256  gets the hash of the bytes that were read, in hexadecimal digits, unless null
 QString readCoefficientFile(const QString &path, qint64 pixelCount, const CoefficientFormat &format,
-                            std::vector<qint32> &values);
+                            std::vector<qint32> &values, QByteArray *sha256 = nullptr);
 
 /// Whether a file deciphers to that many bytes, whatever they are. Empty, or what is wrong with the
 /// file's name.
