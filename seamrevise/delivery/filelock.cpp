@@ -5,6 +5,7 @@
 #include <QFile>
 
 #include <cerrno>
+#include <new>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -76,8 +77,11 @@ void FileLock::release()
 {
     if (m_descriptor < 0)
         return;
-    if (m_isExclusive)
-        unlink(QFile::encodeName(m_path).constData());
+    try {
+        if (m_isExclusive)
+            unlink(QFile::encodeName(m_path).constData());
+    } catch (const std::bad_alloc &) { // the file may stay, it is the lock that must go
+    }
     close(m_descriptor);
     m_descriptor = -1;
     m_isExclusive = false;

@@ -6,6 +6,7 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <exception>
 
 namespace seamrevise
 {
@@ -13,13 +14,24 @@ namespace seamrevise
 Staging::~Staging()
 {
     const Uninterrupted held;
-    if (m_isMade && !m_isDone)
+    try {
+        giveUp();
+    } catch (const std::exception &) { // no memory: what is left the next run removes
+    }
+    m_lock.release();
+    m_unfinished.clear();
+}
+
+/// Removes what was made, unless it is done.
+void Staging::giveUp()
+{
+    if (m_isDone)
+        return;
+    if (m_isMade)
         removeTree(path());
     m_lock.release();
-    for (auto parent = m_madeParents.rbegin(); parent != m_madeParents.rend() && !m_isDone;
-         ++parent)
+    for (auto parent = m_madeParents.rbegin(); parent != m_madeParents.rend(); ++parent)
         QDir().rmdir(*parent);
-    m_unfinished.clear();
 }
 
 QString Staging::makeParents()

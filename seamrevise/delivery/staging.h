@@ -39,6 +39,7 @@ public:
 
 private:
     QString makeParents();
+    void giveUp();
 
     Place m_place;
     QStringList m_madeParents; ///< the topmost first

@@ -54,20 +54,13 @@ public:
         WatchedStore store(m_request.store, onlyFor<CoefsZoneInfo>(onRead),
                            onlyFor<MultiLayerCoefZoneInfo>(onRead));
         m_store = &store;
-        engine.setPScreenDb(&store);
-        engine.setWatch(this);
-        FuncRunningState::setObserver([this](const char *event, const QString &function) {
-            keepThrown([&] { noteStep(event[0] == 'e', function); });
-        });
+        const Attached<Engine> attached(engine, store, *this);
         m_sinceStart.start();
         const auto screenType
             = m_request.toFiles ? ScreenType_PartitionFile : static_cast<enum_ScreenType>(0);
         ST_ReviseResult result
             = engine.boundaryModifying(m_request.dir, screenType, areas, m_request.layout.grid,
                                        m_request.layout.screen, m_request.band, m_request.margin);
-        FuncRunningState::setObserver(nullptr);
-        engine.setWatch(nullptr);
-        engine.setPScreenDb(nullptr);
         if (const std::exception_ptr thrown = m_thrown ? m_thrown : store.thrown())
             std::rethrow_exception(thrown);
         m_times.saving = seconds() - m_savingSince - m_times.checking;
@@ -79,6 +72,33 @@ public:
     std::map<int, QByteArray> storedHashes() { return m_storedHashes->finish(); }
 
 private:
+    /// While it lives, a run sees what an engine does.
+    template <typename Engine>
+    class Attached
+    {
+    public:
+        Attached(Engine &engine, WatchedStore &store, KindRun &run)
+            : m_engine(engine)
+        {
+            FuncRunningState::setObserver([&run](const char *event, const QString &function) {
+                run.keepThrown([&] { run.noteStep(event[0] == 'e', function); });
+            });
+            engine.setPScreenDb(&store);
+            engine.setWatch(&run);
+        }
+        ~Attached()
+        {
+            FuncRunningState::setObserver(nullptr);
+            m_engine.setWatch(nullptr);
+            m_engine.setPScreenDb(nullptr);
+        }
+        Attached(const Attached &) = delete;
+        Attached &operator=(const Attached &) = delete;
+
+    private:
+        Engine &m_engine;
+    };
+
     static qint64 bytesPerPixel(const Values &values)
     {
         return static_cast<qint64>(values.perPixel() * sizeof(typename Values::Value));

@@ -2,7 +2,6 @@
 
 #include "process/parallel.h"
 
-#include <system_error>
 #include <utility>
 
 namespace seamrevise
@@ -22,11 +21,11 @@ BackgroundWork::~BackgroundWork()
 
 void BackgroundWork::add(qint64 bytes, std::function<void()> piece)
 {
-    if (m_threads.empty())
-        start();
     Lock lock(m_mutex);
     m_waiting.push_back({bytes, std::move(piece)});
     m_waitingBytes += bytes;
+    if (m_waiting.size() > static_cast<std::size_t>(m_idleThreads))
+        startThread();
     m_changed.notify_all();
     while (m_threads.empty() && !m_waiting.empty())
         doNext(lock);
@@ -49,14 +48,16 @@ void BackgroundWork::finish()
         std::rethrow_exception(std::exchange(m_thrown, nullptr));
 }
 
-void BackgroundWork::start()
+/// One more, if there may be more.
+void BackgroundWork::startThread()
 {
-    const auto others = static_cast<std::size_t>(mostThreads() - 1);
-    m_threads.reserve(others);
+    if (m_threads.size() + 1 >= static_cast<std::size_t>(mostThreads()))
+        return;
     try {
-        while (m_threads.size() < others)
-            m_threads.emplace_back([this] { serve(); });
-    } catch (const std::system_error &) { // those that there are will do, and the caller's
+        m_threads.reserve(m_threads.size() + 1);
+        m_threads.emplace_back([this] { serve(); });
+        ++m_idleThreads;
+    } catch (const std::exception &) { // those that there are will do, and the caller's
     }
 }
 
@@ -65,10 +66,13 @@ void BackgroundWork::serve()
 {
     Lock lock(m_mutex);
     while (!m_isEnding) {
-        if (m_waiting.empty())
+        if (m_waiting.empty()) {
             m_changed.wait(lock);
-        else
-            doNext(lock);
+            continue;
+        }
+        --m_idleThreads;
+        doNext(lock);
+        ++m_idleThreads;
     }
 }
 

@@ -43,16 +43,17 @@ private:
     };
     using Lock = std::unique_lock<std::mutex>;
 
-    void start();
+    void startThread();
     void serve();
     void doNext(Lock &lock);
 
-    std::vector<std::thread> m_threads;
-    std::mutex m_mutex; ///< of all that follows
+    std::vector<std::thread> m_threads; ///< as many as pieces needed at once
+    std::mutex m_mutex;                 ///< of all that follows
     std::condition_variable m_changed;
     std::deque<Piece> m_waiting;
     qint64 m_waitingBytes = 0;
     int m_atWork = 0;
+    int m_idleThreads = 0;
     bool m_isEnding = false;
     std::exception_ptr m_thrown;
 };

@@ -1,5 +1,7 @@
 #include "store/dialect.h"
 
+#include <new>
+
 namespace seamrevise
 {
 
@@ -12,10 +14,13 @@ void Dialect::disconnect()
 {
     if (!m_database.isValid())
         return;
-    const QString name = m_database.connectionName();
-    m_database.close();
-    m_database = QSqlDatabase(); // a connection must be unused when it is removed
-    QSqlDatabase::removeDatabase(name);
+    try {
+        const QString name = m_database.connectionName();
+        m_database.close();
+        m_database = QSqlDatabase(); // a connection must be unused when it is removed
+        QSqlDatabase::removeDatabase(name);
+    } catch (const std::bad_alloc &) { // the connection ends with the process
+    }
 }
 
 QSqlError Dialect::sizeError()
