@@ -101,7 +101,7 @@ private:
 
     static qint64 bytesPerPixel(const Values &values)
     {
-        return static_cast<qint64>(values.perPixel() * sizeof(typename Values::Value));
+        return static_cast<qint64>(values.perPixel()) * qint64{sizeof(typename Values::Value)};
     }
 
     bool zonesRevised(const QMap<int, Zone *> &zones) override

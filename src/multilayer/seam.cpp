@@ -90,11 +90,11 @@ private:
 enum_ErrCodeType MultiLayerPartitionMerge::startRevise(enum_ReviseDirection direction,
                                                        int currentIndex, int nextIndex,
                                                        QMap<QString, AreaInfoBase *> areas,
-                                                       QMap<int, MultiLayerCoefZoneInfo *> zones)
+                                                       QMap<int, MultiLayerCoefZoneInfo *> coefs)
 {
     const Trace trace(QStringLiteral("MultiLayerPartitionMerge::startRevise"));
     const SeamLookupTags tags{719, {724, 731}, {736, 743}, {751, 757}, {766, 772}};
-    SeamLookup<MultiLayerCoefZoneInfo> seam(trace, tags, areas, zones);
+    SeamLookup<MultiLayerCoefZoneInfo> seam(trace, tags, areas, coefs);
     if (!seam.find(currentIndex, nextIndex))
         return seam.code();
     return partitionCoefRevise(seam.current(), seam.next(), seamDirection(direction), m_edgeMargin);
