@@ -1,10 +1,9 @@
 #include "process/parallel.h"
 
+#include "process/backgroundwork.h"
+
 #include <algorithm>
-#include <atomic>
-#include <future>
 #include <thread>
-#include <vector>
 
 namespace seamrevise
 {
@@ -33,18 +32,10 @@ int mostThreads()
 
 void forEachInParallel(int count, const std::function<void(int)> &call)
 {
-    std::atomic<int> next{0};
-    const auto work = [&] {
-        for (int i = next++; i < count; i = next++)
-            call(i);
-    };
-    // Where no thread can be had, a future runs when it is waited for.
-    std::vector<std::future<void>> others;
-    for (int i = 1; i < std::min(count, mostThreads()); ++i)
-        others.push_back(std::async(work));
-    work();
-    for (std::future<void> &other : others)
-        other.get();
+    BackgroundWork work;
+    for (int i = 0; i < count; ++i)
+        work.add(0, [&call, i] { call(i); });
+    work.finish();
 }
 
 } // namespace seamrevise
