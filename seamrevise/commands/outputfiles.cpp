@@ -1,6 +1,6 @@
 #include "commands/outputfiles.h"
 
-#include "commands/delivered.h"
+#include "commands/exitcode.h"
 #include "delivery/filesystem.h"
 #include "delivery/stagedfiles.h"
 

@@ -234,7 +234,7 @@ QString ReviseRun::checkFiles(int number, const RevisedZones &revised)
 {
     const NQRect &rect = layout().partitions.at(number);
     for (const CoefficientFormat &format : coefficientFormats(m_options.layerCount)) {
-        const QString name = QString::number(number) + format.suffix;
+        const QString name = format.fileName(number);
         const QString path = m_delivery.path() + QLatin1Char('/') + name;
         const FileStamp before = stampOf(path);
         QByteArray sha256;
@@ -271,8 +271,7 @@ QString ReviseRun::writeFault()
 {
     for (const auto &[number, rect] : layout().partitions) {
         for (const CoefficientFormat &format : coefficientFormats(m_options.layerCount)) {
-            const QFileInfo file(m_delivery.path() + QLatin1Char('/') + QString::number(number)
-                                 + format.suffix);
+            const QFileInfo file(m_delivery.path() + QLatin1Char('/') + format.fileName(number));
             const qint64 bytes = encryptedBytes(pixelsOf(rect) * format.bytesPerPixel());
             if (file.size() == bytes)
                 continue;

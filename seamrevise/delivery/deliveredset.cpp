@@ -52,7 +52,7 @@ QString readTable(const QString &path, const Manifest &manifest, const NQRect &r
 
 QString fileNameOf(const Manifest &manifest, int number, const CoefficientFormat &format)
 {
-    return manifest.isTable ? format.tableName : QString::number(number) + format.suffix;
+    return manifest.isTable ? format.tableName : format.fileName(number);
 }
 
 qint64 tableBytes(const Manifest &manifest, const CoefficientFormat &format)

@@ -19,6 +19,8 @@ struct CoefficientFormat
     QString tableName;     ///< the file that holds these values of the whole screen instead
 
     qint64 bytesPerPixel() const { return valuesPerPixel * bytesPerValue; }
+    /// Of a partition.
+    QString fileName(int number) const { return QString::number(number) + suffix; }
 };
 
 /// The files of a partition: of nine values a pixel if layerCount is 0, else of layered values and
