@@ -55,10 +55,10 @@ private:
 
 /// The rows of a partition's own pixels, one after the other; behind those that the stored zone
 /// has, rows for the pixels that it lacks.
-std::vector<std::vector<int>> cutOut(const MultiLayerCoefZoneInfo &stored, const AreaInfoBase &area,
-                                     const std::vector<int> &missing)
+CoefTable cutOut(const MultiLayerCoefZoneInfo &stored, const AreaInfoBase &area,
+                 const std::vector<int> &missing)
 {
-    std::vector<std::vector<int>> own(areaPixelCount(area), missing);
+    CoefTable own(areaPixelCount(area), missing);
     const PixelWindow window = windowInside(stored, area);
     auto target = own.begin();
     for (qint64 row = 0; row < window.rowCount; ++row) {

@@ -17,8 +17,7 @@ namespace
 {
 
 /// A table as it is in a file: each row cut or filled with zeros to valuesPerRow.
-std::vector<unsigned char> tableBytes(const std::vector<std::vector<int>> &table,
-                                      std::size_t valuesPerRow)
+std::vector<unsigned char> tableBytes(const CoefTable &table, std::size_t valuesPerRow)
 {
     std::vector<unsigned char> bytes(table.size() * valuesPerRow * sizeof(int), 0);
     unsigned char *target = bytes.data();
@@ -57,8 +56,7 @@ bool readPartitionFile(const Trace &trace, const ReadingFileTags &tags, const Ar
 }
 
 /// Whether a table can get so many rows of so many values without asking for memory.
-bool haveRoomFor(const std::vector<std::vector<int>> &table, std::size_t pixelCount,
-                 std::size_t valuesPerRow)
+bool haveRoomFor(const CoefTable &table, std::size_t pixelCount, std::size_t valuesPerRow)
 {
     return table.size() >= pixelCount
         && std::all_of(table.begin(), table.begin() + static_cast<std::ptrdiff_t>(pixelCount),
@@ -66,7 +64,7 @@ bool haveRoomFor(const std::vector<std::vector<int>> &table, std::size_t pixelCo
 }
 
 /// Replaces the first values of every row by those of a plaintext, which must be long enough.
-void fillRows(std::vector<std::vector<int>> &rows, std::size_t valuesPerRow,
+void fillRows(CoefTable &rows, std::size_t valuesPerRow,
               const std::vector<unsigned char> &plaintext)
 {
     const unsigned char *bytes = plaintext.data();
@@ -124,8 +122,7 @@ bool MultiLayerPartitionMerge::saveCombineAreaZipCoef(QString dir, MultiLayerCoe
     });
 }
 
-bool MultiLayerPartitionMerge::readCoef(QString dir, QString areaId,
-                                        std::vector<std::vector<int>> &coefTable,
+bool MultiLayerPartitionMerge::readCoef(QString dir, QString areaId, CoefTable &coefTable,
                                         std::vector<unsigned char> &zipBytes)
 {
     const Trace trace(QStringLiteral("MultiLayerPartitionMerge::readCoef"));
@@ -135,8 +132,7 @@ bool MultiLayerPartitionMerge::readCoef(QString dir, QString areaId,
     });
 }
 
-bool MultiLayerPartitionMerge::readOrgCoef(QString dir, QString areaId,
-                                           std::vector<std::vector<int>> &coefTable)
+bool MultiLayerPartitionMerge::readOrgCoef(QString dir, QString areaId, CoefTable &coefTable)
 {
     const Trace trace(QStringLiteral("MultiLayerPartitionMerge::readOrgCoef"));
     return withoutThrowing(trace, 938, [&] {
@@ -157,7 +153,7 @@ bool MultiLayerPartitionMerge::readOrgCoef(QString dir, QString areaId,
             return true;
         }
         // Into a copy: running out of memory half-way must not touch the caller's table.
-        std::vector<std::vector<int>> rows = coefTable;
+        CoefTable rows = coefTable;
         rows.resize(pixelCount);
         fillRows(rows, valuesPerPixel(), plaintext);
         coefTable.swap(rows);

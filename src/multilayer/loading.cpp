@@ -1,5 +1,6 @@
 #include "seamrevision/multilayerpartitionmerge.h"
 
+#include "multilayer/coefs.h"
 #include "records/pixelmath.h"
 #include "records/trace.h"
 #include "revision/loading.h"
@@ -49,7 +50,7 @@ bool MultiLayerPartitionMerge::subInfoCoefToAreaCoef(MultiLayerCoefZoneInfo *sub
     }
 
     const PixelWindow window = windowInside(*subInfoCoef, *areaCoef);
-    const std::vector<std::vector<int>> &stored = subInfoCoef->m_multiLayerCoefs;
+    const CoefTable &stored = subInfoCoef->m_multiLayerCoefs;
     areaCoef->m_multiLayerCoefs.resize(zonePixelCount(*areaCoef));
     std::vector<int> *target = areaCoef->m_multiLayerCoefs.data();
     for (qint64 row = 0; row < window.rowCount; ++row) {

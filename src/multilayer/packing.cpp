@@ -45,8 +45,8 @@ ST_LedZoneInfo ledZoneInfo(const NQRect &screen)
     return {QString(), screen.top(), screen.left(), screen.bottom(), screen.right()};
 }
 
-void packCoefs(const ST_LedZoneInfo &zone, const std::vector<std::vector<int>> &table,
-               unsigned int packedWidth, int layerCount, std::vector<unsigned char> &packed)
+void packCoefs(const ST_LedZoneInfo &zone, const CoefTable &table, unsigned int packedWidth,
+               int layerCount, std::vector<unsigned char> &packed)
 {
     const auto layers = static_cast<std::size_t>(std::max(0, layerCount));
     const auto columns = static_cast<std::size_t>(sideLength(zone.begPixCol, zone.endPixCol));

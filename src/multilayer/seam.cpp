@@ -1,5 +1,6 @@
 #include "seamrevision/multilayerpartitionmerge.h"
 
+#include "multilayer/coefs.h"
 #include "records/trace.h"
 #include "revision/blend.h"
 #include "revision/overlapstrip.h"
@@ -16,8 +17,7 @@ namespace
 class MultiLayerStrip
 {
 public:
-    MultiLayerStrip(const OverlapStrip &strip, std::vector<std::vector<int>> &current,
-                    std::vector<std::vector<int>> &next)
+    MultiLayerStrip(const OverlapStrip &strip, CoefTable &current, CoefTable &next)
         : m_strip(strip)
         , m_current(current)
         , m_next(next)
@@ -58,7 +58,7 @@ public:
 
 private:
     /// The index check lets one index beyond the end pass; there is nothing to blend then.
-    static bool passesCheck(qint64 pixel, const std::vector<std::vector<int>> &table)
+    static bool passesCheck(qint64 pixel, const CoefTable &table)
     {
         return static_cast<quint64>(pixel) <= table.size();
     }
@@ -81,8 +81,8 @@ private:
     }
 
     const OverlapStrip &m_strip;
-    std::vector<std::vector<int>> &m_current;
-    std::vector<std::vector<int>> &m_next;
+    CoefTable &m_current;
+    CoefTable &m_next;
 };
 
 } // namespace
